@@ -19,6 +19,62 @@ Matrix4x4::Matrix4x4()
     EigenMap(m_).setIdentity();
 }
 
+Matrix2x3 Matrix2x3::operator*(Matrix2x3 const &o) const
+{
+    Matrix2x3 r;
+    for (int row = 0; row < 2; ++row) {
+        for (int column = 0; column < 3; ++column) {
+            double v = (*this)(row, 0) * o(0, column) + (*this)(row, 1) * o(1, column);
+            if (column == 2)
+                v += (*this)(row, 2);
+            r(row, column) = v;
+        }
+    }
+    return r;
+}
+
+bool Matrix2x3::operator==(Matrix2x3 const &o) const
+{
+    return std::equal(m_, m_ + 6, o.m_);
+}
+
+Matrix2x3 &Matrix2x3::translate(double dx, double dy)
+{
+    return *this = *this * Matrix2x3(1.0, 0.0, dx, 0.0, 1.0, dy);
+}
+
+Matrix2x3 &Matrix2x3::scale(double sx, double sy)
+{
+    return *this = *this * Matrix2x3(sx, 0.0, 0.0, 0.0, sy, 0.0);
+}
+
+Matrix2x3 &Matrix2x3::rotateRadians(double radians)
+{
+    double const c = std::cos(radians);
+    double const s = std::sin(radians);
+    return *this = *this * Matrix2x3(c, -s, 0.0, s, c, 0.0);
+}
+
+Matrix2x3 &Matrix2x3::rotateDegrees(double degrees)
+{
+    return rotateRadians(degrees * kDegreesToRadians);
+}
+
+Matrix4x4::Matrix4x4(Matrix2x3 const &m) : Matrix4x4()
+{
+    for (int row = 0; row < 2; ++row) {
+        (*this)(row, 0) = m(row, 0);
+        (*this)(row, 1) = m(row, 1);
+        (*this)(row, 3) = m(row, 2);
+    }
+}
+
+Matrix2x3 Matrix4x4::getTransform2d() const
+{
+    Matrix4x4 const &m = *this;
+    return Matrix2x3(m(0, 0), m(0, 1), m(0, 3), m(1, 0), m(1, 1), m(1, 3));
+}
+
 Matrix4x4 Matrix4x4::fromRowMajor(double const (&values)[16])
 {
     Matrix4x4 result;

@@ -49,4 +49,21 @@ Box2d &Box2d::Enlarge(double dx, double dy)
     return *this;
 }
 
+Box3d &Box3d::Add(Point3d const &p)
+{
+    if (empty_) {
+        min_ = max_ = p;
+        empty_ = false;
+    } else {
+        min_ = Point3d(std::min(min_.x, p.x), std::min(min_.y, p.y), std::min(min_.z, p.z));
+        max_ = Point3d(std::max(max_.x, p.x), std::max(max_.y, p.y), std::max(max_.z, p.z));
+    }
+    return *this;
+}
+
+Box2d Box3d::asBox2d() const
+{
+    return empty_ ? Box2d() : Box2d(min_.toPoint2d(), max_.toPoint2d());
+}
+
 } // namespace Math

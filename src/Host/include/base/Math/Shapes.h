@@ -1,4 +1,4 @@
-// Segments and boxes of the plane, used for picking, hit tests and drawing bounds.
+// Segments and boxes of the plane and of space, used for picking, hit tests and drawing bounds.
 #pragma once
 
 #include "base/Math/Vector.h"
@@ -69,6 +69,31 @@ public:
 private:
     Point2d min_;        // lower-left corner; meaningful only when !empty_
     Point2d max_;        // upper-right corner; min_.x <= max_.x and min_.y <= max_.y
+    bool empty_ = true;
+};
+
+// An axis-aligned box of space, for bounds taken under a 3D transform. Empty by default, like
+// Box2d.
+class Box3d {
+public:
+    constexpr Box3d() = default;
+
+    constexpr bool isEmpty() const { return empty_; }
+    constexpr Point3d const &min() const { return min_; }
+    constexpr Point3d const &max() const { return max_; }
+
+    Box3d &Add(Point3d const &p);
+    // The box seen from above: x and y, z dropped. Empty stays empty.
+    Box2d asBox2d() const;
+
+    constexpr bool operator==(Box3d const &o) const
+    {
+        return empty_ == o.empty_ && (empty_ || (min_ == o.min_ && max_ == o.max_));
+    }
+
+private:
+    Point3d min_;        // meaningful only when !empty_
+    Point3d max_;        // min_ <= max_ on each axis
     bool empty_ = true;
 };
 
