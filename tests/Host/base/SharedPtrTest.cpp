@@ -1,15 +1,17 @@
 #include "base/UT_SharedPtr.h"
-#include "scene/MO_Module.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
+// A host object of no particular kind.
+class Shared : public UT_ShareBase {};
+
 TEST(SharedWeakPtr, ReadsNullAfterItsObjectIsGone)
 {
-    UT_SharedPtr<MO_Module> module = UT_MakeShared<MO_Module>();
-    UT_SharedWeakPtr<MO_Module> weak(module.get());
-    UT_SharedWeakPtr<MO_Module> copy = weak;
+    UT_SharedPtr<Shared> module = UT_MakeShared<Shared>();
+    UT_SharedWeakPtr<Shared> weak(module.get());
+    UT_SharedWeakPtr<Shared> copy = weak;
     EXPECT_EQ(weak.get(), module.get());
     EXPECT_EQ(copy.get(), module.get());
 
@@ -22,30 +24,30 @@ TEST(SharedWeakPtr, ReadsNullAfterItsObjectIsGone)
 
 TEST(SharedWeakPtr, IdentityIsKeptAfterExpiryAndEmptyReferencesAreTheSame)
 {
-    UT_SharedPtr<MO_Module> a = UT_MakeShared<MO_Module>();
-    UT_SharedPtr<MO_Module> b = UT_MakeShared<MO_Module>();
-    UT_SharedWeakPtr<MO_Module> wa(a.get()), wa2(a), wb(b.get());
+    UT_SharedPtr<Shared> a = UT_MakeShared<Shared>();
+    UT_SharedPtr<Shared> b = UT_MakeShared<Shared>();
+    UT_SharedWeakPtr<Shared> wa(a.get()), wa2(a), wb(b.get());
     EXPECT_TRUE(wa.isSameReference(wa2));
     EXPECT_FALSE(wa.isSameReference(wb));
 
     a.reset();
     EXPECT_TRUE(wa.isSameReference(wa2));
-    EXPECT_FALSE(wa.isSameReference(UT_SharedWeakPtr<MO_Module>()));
-    EXPECT_TRUE(UT_SharedWeakPtr<MO_Module>().isSameReference(UT_SharedWeakPtr<MO_Module>()));
+    EXPECT_FALSE(wa.isSameReference(UT_SharedWeakPtr<Shared>()));
+    EXPECT_TRUE(UT_SharedWeakPtr<Shared>().isSameReference(UT_SharedWeakPtr<Shared>()));
 }
 
 TEST(SharedWeakPtr, AnObjectWithoutOwnerOrANullGivesAnEmptyReference)
 {
-    MO_Module onStack;
-    EXPECT_EQ(UT_SharedWeakPtr<MO_Module>(&onStack).get(), nullptr);
-    EXPECT_EQ(UT_SharedWeakPtr<MO_Module>(static_cast<MO_Module *>(nullptr)).get(), nullptr);
+    Shared onStack;
+    EXPECT_EQ(UT_SharedWeakPtr<Shared>(&onStack).get(), nullptr);
+    EXPECT_EQ(UT_SharedWeakPtr<Shared>(static_cast<Shared *>(nullptr)).get(), nullptr);
 }
 
 TEST(SharedWeakPtr, ACopiedObjectIsANewIdentity)
 {
-    UT_SharedPtr<MO_Module> a = UT_MakeShared<MO_Module>();
-    UT_SharedPtr<MO_Module> b = UT_MakeShared<MO_Module>(*a);
-    EXPECT_FALSE(UT_SharedWeakPtr<MO_Module>(a.get()).isSameReference(UT_SharedWeakPtr<MO_Module>(b.get())));
+    UT_SharedPtr<Shared> a = UT_MakeShared<Shared>();
+    UT_SharedPtr<Shared> b = UT_MakeShared<Shared>(*a);
+    EXPECT_FALSE(UT_SharedWeakPtr<Shared>(a.get()).isSameReference(UT_SharedWeakPtr<Shared>(b.get())));
 }
 
 } // namespace
