@@ -21,6 +21,7 @@
 
 #include "base/TUTeller.h"
 #include "base/UT_DynKey.h"
+#include "command/CO_Command.h"
 #include "scene/AT_AttrMeta.h"
 
 #include <QString>
@@ -30,7 +31,6 @@
 
 class AT_Attr;
 class AT_AttrSurrogate;
-class CO_Command;
 class CO_CommandManager;
 class MO_Node;
 class QXmlStreamWriter;
@@ -70,10 +70,10 @@ public:
     virtual ~AT_AttrState();
     virtual std::unique_ptr<AT_AttrState> clone() const = 0;
     virtual bool equals(AT_AttrState const &other) const = 0;
-    // Adds a keyframe at `frame` holding the value the state has there. With `replace`, an
-    // existing key takes that value and flag again. False when nothing changed or keyframes are
-    // not possible.
-    virtual bool addKeyframe(int frame, bool constantSegment, bool replace) = 0;
+    // Adds a keyframe at `frame` holding the value the state has there (`useCurrentValue`) or
+    // its local value. With `replace`, an existing key takes that value and flag again. False
+    // when nothing changed or keyframes are not possible.
+    virtual bool addKeyframe(int frame, bool useCurrentValue, bool constantSegment, bool replace) = 0;
     // Removes the keyframes in [from, to]; gives how many were removed.
     virtual int removeKeyframes(int from, int to) = 0;
 };
@@ -131,8 +131,10 @@ public:
     virtual std::unique_ptr<AT_AttrState> saveState() const = 0;
     virtual bool restoreState(AT_AttrState const &state) = 0;
 
-    // Tells the owner (attrChanged) and the listeners (tell).
+    // Tells the owner (attrChanged) and the listeners (tell), unless notifications are blocked.
     void notifyChanged();
+    // While blocked, changes tell nobody; the caller tells once it is done.
+    void setNotificationsBlocked(bool blocked);
 
 protected:
     virtual bool acceptsSurrogate(AT_AttrSurrogate const &surrogate) const;

@@ -25,8 +25,11 @@ public:
     AT_AttrSurrogate(AT_AttrSurrogate const &) = delete;
     AT_AttrSurrogate &operator=(AT_AttrSurrogate const &) = delete;
 
-    // The attribute it was made for; null once that attribute is destroyed.
+    // The attribute it was made for. Careful: not tracked once the surrogate is detached; do not
+    // use it after that attribute is gone.
     AT_Attr *attr() const;
+    // The attribute it is attached to now, or null.
+    AT_Attr *attachedTo() const;
     int frame() const;
     bool isConstantSegment() const;
     bool isOnKeyframe() const;
@@ -41,6 +44,7 @@ protected:
 private:
     friend class AT_Attr;
     AT_Attr *attr_;
+    AT_Attr *attached_ = nullptr;  // set and cleared by AT_Attr
     bool dirty_;
     int frame_;
     bool constantSegment_;

@@ -21,9 +21,6 @@
 #include <climits>
 #include <memory>
 
-template <class T>
-struct AT_ValueTraits;  // per value type, in the source file
-
 template <class T, class Base>
 class AT_AnimatedAttr : public Base {
 public:
@@ -56,9 +53,10 @@ public:
     // animated or `createKeyframe` holds and it is animatable (a new key gets `constantSegment`),
     // else on the local value. With `relative`, `value` is added to the value at the frame. Null
     // when nothing would change, the value is refused, or a surrogate is attached.
+    // With `localOnly`, the local value is written even when the attribute is animated.
     std::unique_ptr<CO_Command> setValueCmd(double frame, T const &value, bool relative = false,
                                             bool createKeyframe = false,
-                                            bool constantSegment = false) const;
+                                            bool constantSegment = false, bool localOnly = false);
 
     QString textValue(double frame) const override;
     std::unique_ptr<CO_Command> setTextValue(double frame, QString const &text) override;
@@ -81,6 +79,13 @@ private:
     struct Impl;
     std::unique_ptr<Impl> d_;
 };
+
+extern template class AT_AnimatedAttr<bool, AT_SimpleAttr>;
+extern template class AT_AnimatedAttr<int, AT_SimpleAttr>;
+extern template class AT_AnimatedAttr<double, AT_SimpleAttr>;
+extern template class AT_AnimatedAttr<Math::Point2d, AT_ComplexAttr>;
+extern template class AT_AnimatedAttr<Math::Point3d, AT_ComplexAttr>;
+extern template class AT_AnimatedAttr<Math::Angle3d, AT_ComplexAttr>;
 
 // Never animated: a bool holds its local value.
 class AT_BoolAttr : public AT_AnimatedAttr<bool, AT_SimpleAttr> {

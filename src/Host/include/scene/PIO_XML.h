@@ -59,7 +59,9 @@ private:
     std::unique_ptr<Impl> d_;
 };
 
-class ComponentReader {
+// Readers are held by std::shared_ptr (make them with std::make_shared): a reader gives itself
+// with shared_from_this().
+class ComponentReader : public std::enable_shared_from_this<ComponentReader> {
 public:
     virtual ~ComponentReader();
 
