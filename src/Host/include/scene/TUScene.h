@@ -1,0 +1,75 @@
+// The scene: a tree of groups holding the nodes of the graph, and the scene's units.
+//
+// A group is a node without ports that owns its sub-nodes (nested groups included) through
+// UT_SharedPtr, in insertion order. Links between nodes may cross groups.
+#pragma once
+
+#include "scene/MO_Node.h"
+#include "scene/SC_SceneMetrics.h"
+
+#include <memory>
+#include <vector>
+
+class MO_ModuleVisitor;
+
+class TUGroup : public MO_Node {
+public:
+    using NodeIterator = std::vector<UT_SharedPtr<MO_Node>>::const_iterator;
+    static QString Keyword() { return QStringLiteral("GROUP"); }
+
+    TUGroup();
+    ~TUGroup() override;
+
+    NodeIterator subNodesBegin() const;
+    NodeIterator subNodesEnd() const;
+    int subNodeCount() const;
+
+    // Adds `node` at the end. Refuses (null) a null node, one already in a group, and a group
+    // that would end up inside itself.
+    MO_Node *addNode(UT_SharedPtr<MO_Node> node);
+    // Takes the node out of this group, cutting its links. Null if it is not a sub-node.
+    UT_SharedPtr<MO_Node> removeNode(MO_Node *node);
+    // The first node of this group or its sub-groups (depth first) with this instance name.
+    MO_Node *findNode(QString const &instanceName) const;
+    // Calls the visitor for every module of this group and its sub-groups, depth first in
+    // insertion order.
+    void acceptModules(MO_ModuleVisitor &visitor) const;
+
+private:
+    friend class TUScene;
+    friend class MO_Node;
+    TUScene *ownerScene_ = nullptr;  // set on the root group only
+    std::vector<UT_SharedPtr<MO_Node>> nodes_;
+};
+
+class TUScene {
+public:
+    TUScene();
+    ~TUScene();
+    TUScene(TUScene const &) = delete;
+    TUScene &operator=(TUScene const &) = delete;
+
+    TUGroup *getRootGroup() const;
+    TUGroup::NodeIterator subNodesBegin() const { return getRootGroup()->subNodesBegin(); }
+    TUGroup::NodeIterator subNodesEnd() const { return getRootGroup()->subNodesEnd(); }
+
+    SC_SceneMetrics const &sceneMetrics() const;
+    void setSceneMetrics(SC_SceneMetrics const &metrics);
+
+    // Services installed by the application; not owned, null until installed.
+    SC_SceneCommon *sceneCommon() const;
+    void setSceneCommon(SC_SceneCommon *common);
+    SC_ProjectCommon *projectCommon() const;
+    void setProjectCommon(SC_ProjectCommon *common);
+    // The manager that records attribute changes made outside commands (keyframes added at
+    // once); not owned, null until installed, and such changes are then not undoable.
+    CO_CommandManager *commandManager() const;
+    void setCommandManager(CO_CommandManager *manager);
+
+private:
+    UT_SharedPtr<TUGroup> root_;
+    SC_SceneMetrics metrics_;
+    SC_SceneCommon *sceneCommon_ = nullptr;
+    SC_ProjectCommon *projectCommon_ = nullptr;
+    CO_CommandManager *commandManager_ = nullptr;
+};

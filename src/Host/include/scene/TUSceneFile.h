@@ -1,0 +1,33 @@
+// Scene files: reading and writing a TUScene as XML (the format is in docs/scene-file-format.md).
+//
+// Reading builds a new scene and gives it only when the whole file was read without error; a
+// malformed, truncated or unknown file gives null and an error naming the source and the line,
+// "<source>:<line>: expected ...". The caller decides how to show it.
+//
+// Writing is deterministic: the same scene gives the same bytes, so a file read and written
+// again without change is the same file.
+#pragma once
+
+#include "scene/MO_Node.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <memory>
+
+class TUScene;
+
+namespace TUSceneFile {
+
+// The node kinds a file may name: "PEG", "READ", "SWITCH", "MODULE", the deformers, "COMPOSITE"
+// and "EFFECT". Null for any other keyword.
+UT_SharedPtr<MO_Node> createNode(QString const &typeKeyword);
+
+std::unique_ptr<TUScene> read(QByteArray const &data, QString const &source, QString *error);
+std::unique_ptr<TUScene> readFile(QString const &path, QString *error);
+
+QByteArray write(TUScene const &scene);
+// False with `error` set when the file cannot be written.
+bool writeFile(TUScene const &scene, QString const &path, QString *error);
+
+} // namespace TUSceneFile

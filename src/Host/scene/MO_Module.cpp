@@ -1,0 +1,221 @@
+#include "scene/MO_Module.h"
+
+#include "OwnAttrMeta.h"
+#include "scene/AT_ValueAttr.h"
+#include "scene/MO_ModuleVisitor.h"
+#include "scene/SC_SceneMetrics.h"
+
+#include <cmath>
+
+namespace {
+AT_AttrMeta const &meta(char const *keyword, char const *displayName, int extraFlags = 0)
+{
+    return ownAttrMeta(QString::fromLatin1(keyword), QString::fromLatin1(displayName), extraFlags);
+}
+} // namespace
+
+// ---------------------------------------------------------------------------------------------
+// MO_Module
+
+MO_Module::MO_Module() : MO_Module(QStringLiteral("MODULE"), 1, 1) {}
+MO_Module::MO_Module(QString typeKeyword, int inPorts, int outPorts)
+    : MO_Node(std::move(typeKeyword), inPorts, outPorts)
+{
+}
+MO_Module::~MO_Module() = default;
+
+MO_PortTransformPtr MO_Module::getPortTransformation(MO_BaseContext const &context, unsigned port) const
+{
+    if (port >= static_cast<unsigned>(nOutPorts()))
+        return nullptr;
+    CC_TransformationPtr parent = computeTransformationParent(context, static_cast<unsigned>(std::max(0, transformationInput(context.frame()))));
+    return UT_MakeShared<MO_PortTransform>(compose(context, parent ? *parent : CC_Transformation()));
+}
+
+CC_TransformationPtr MO_Module::computeTransformationParent(MO_BaseContext const &context, unsigned port) const
+{
+    if (port >= static_cast<unsigned>(nInPorts()))
+        return nullptr;
+    MO_Port const *src = inPort(static_cast<int>(port))->realSrcPort();
+    MO_Module const *source = src ? src->node()->toModule() : nullptr;
+    if (!source)
+        return nullptr;
+    MO_PortTransformPtr transform = source->getPortTransformation(context, static_cast<unsigned>(src->index()));
+    if (!transform)
+        return nullptr;
+    // Aliasing: the transformation lives as long as the port transform that holds it.
+    return CC_TransformationPtr(transform, &transform->transformation());
+}
+
+MO_Module *MO_Module::inputModule(int index) const
+{
+    MO_Port const *in = inPort(index);
+    MO_Port const *src = in ? in->realSrcPort() : nullptr;
+    return src ? src->node()->toModule() : nullptr;
+}
+
+int MO_Module::transformationInput(double) const
+{
+    return 0;
+}
+
+void MO_Module::accept(MO_ModuleVisitor &visitor)
+{
+    visitor.visit(*this);
+}
+
+CC_Transformation MO_Module::compose(MO_BaseContext const &, CC_Transformation const &parent) const
+{
+    return CC_Transformation(parent.matrix(true), parent.matrix(true));
+}
+
+double MO_Module::readDouble(AT_DoubleAttr const *attr, double frame, double fallback)
+{
+    return attr ? attr->value(frame, nullptr, nullptr) : fallback;
+}
+
+bool MO_Module::readBool(AT_BoolAttr const *attr, double frame, bool fallback)
+{
+    return attr ? attr->value(frame) : fallback;
+}
+
+int MO_Module::readInt(AT_IntAttr const *attr, double frame, int fallback)
+{
+    return attr ? attr->value(frame) : fallback;
+}
+
+Math::Point2d MO_Module::readPoint2d(AT_Position2dAttr const *attr, double frame, Math::Point2d const &fallback)
+{
+    if (!attr)
+        return fallback;
+    Math::Point2d p;
+    attr->getValue(frame, p.x, p.y, nullptr);
+    return p;
+}
+
+Math::Point3d MO_Module::readPoint3d(AT_Position3dAttr const *attr, double frame, Math::Point3d const &fallback)
+{
+    if (!attr)
+        return fallback;
+    Math::Point3d p;
+    attr->getValue(frame, p, nullptr, nullptr);
+    return p;
+}
+
+Math::Angle3d MO_Module::readAngle(AT_Rotation3dAttr const *attr, double frame)
+{
+    Math::Angle3d a;
+    if (attr)
+        attr->getValue(frame, a, nullptr, nullptr);
+    return a;
+}
+
+// ---------------------------------------------------------------------------------------------
+// MO_AnimatedModule
+
+MO_AnimatedModule::MO_AnimatedModule(QString typeKeyword, int inPorts, int outPorts)
+    : MO_Module(std::move(typeKeyword), inPorts, outPorts)
+{
+    position_ = addOwnAttr(std::make_unique<AT_Position3dAttr>(this, meta("position", "Position")));
+    rotation_ = addOwnAttr(std::make_unique<AT_Rotation3dAttr>(this, meta("rotation", "Rotation")));
+    scale_ = addOwnAttr(std::make_unique<AT_Position2dAttr>(this, meta("scale", "Scale"), true, Math::Point2d(1.0, 1.0)));
+    pivot_ = addOwnAttr(std::make_unique<AT_Position2dAttr>(this, meta("pivot", "Pivot")));
+    excludedFromIK_ = addOwnAttr(std::make_unique<AT_BoolAttr>(
+        this, meta("excludeFromIK", "Exclude From IK", AT_AttrMetaContainer::NotAnimatable)));
+    canAnimate_ = addOwnAttr(std::make_unique<AT_BoolAttr>(
+        this, meta("CAN_ANIMATE", "Animate Using Animation Tools", AT_AttrMetaContainer::NotAnimatable), true));
+}
+
+MO_AnimatedModule::~MO_AnimatedModule() = default;
+
+Math::Point3d MO_AnimatedModule::pivot(MO_BaseContext const &context) const
+{
+    Math::Point2d const p = readPoint2d(pivot_, context.frame());
+    return {p.x, p.y, 0.0};
+}
+
+bool MO_AnimatedModule::isExcludedFromIK() const
+{
+    return excludedFromIK_->localValue();
+}
+
+Math::Matrix4x4 MO_AnimatedModule::localMatrix(MO_BaseContext const &context) const
+{
+    double const frame = context.frame();
+    SC_SceneMetrics const &metrics = sceneMetrics();
+    Math::Point3d const position = metrics.toOGL(readPoint3d(position_, frame));
+    Math::Point3d const pivotOgl = metrics.toOGL(pivot(context));
+    Math::Point2d const scale = readPoint2d(scale_, frame, Math::Point2d(1.0, 1.0));
+    Math::Matrix4x4 m;
+    m.translate(position.x, position.y, position.z)
+        .translate(pivotOgl.x, pivotOgl.y)
+        .rotateDegrees(readAngle(rotation_, frame).z)
+        .scale(scale.x, scale.y)
+        .translate(-pivotOgl.x, -pivotOgl.y);
+    return m;
+}
+
+CC_Transformation MO_AnimatedModule::compose(MO_BaseContext const &context, CC_Transformation const &parent) const
+{
+    Math::Matrix4x4 const world = parent.matrix(true) * localMatrix(context);
+    return CC_Transformation(world, world);
+}
+
+MO_PegModule::MO_PegModule() : MO_AnimatedModule(Keyword(), 1, 1) {}
+void MO_PegModule::accept(MO_ModuleVisitor &visitor) { visitor.visit(*this); }
+
+// ---------------------------------------------------------------------------------------------
+// MO_ElementModule
+
+MO_ElementModule::MO_ElementModule() : MO_AnimatedModule(Keyword(), 1, 1) {}
+MO_ElementModule::~MO_ElementModule() = default;
+void MO_ElementModule::accept(MO_ModuleVisitor &visitor) { visitor.visit(*this); }
+
+void MO_ElementModule::addDrawing(QString const &name, std::vector<OC_VectorShape> shapes)
+{
+    drawings_[name] = UT_MakeShared<OC_Drawing const>(CA_CelKey(elementName_, name), std::move(shapes));
+    setDirty();
+}
+
+bool MO_ElementModule::setExposure(int frame, QString const &name)
+{
+    if (!name.isEmpty() && drawings_.count(name) == 0)
+        return false;
+    timing_[frame] = name;
+    setDirty();
+    return true;
+}
+
+OC_DrawingPtr MO_ElementModule::oglDrawing(double frame) const
+{
+    auto it = timing_.upper_bound(static_cast<int>(frame));
+    if (it == timing_.begin())
+        return {};
+    --it;
+    auto const drawing = drawings_.find(it->second);
+    return drawing == drawings_.end() ? OC_DrawingPtr() : OC_DrawingPtr(drawing->second);
+}
+
+bool MO_ElementModule::isUsable() const
+{
+    for (auto const &entry : timing_)
+        if (!entry.second.isEmpty())
+            return true;
+    return false;
+}
+
+// ---------------------------------------------------------------------------------------------
+// MO_SwitchModule
+
+MO_SwitchModule::MO_SwitchModule(int inputCount) : MO_Module(Keyword(), std::max(1, inputCount), 1)
+{
+    active_ = addOwnAttr(std::make_unique<AT_IntAttr>(this, meta("activeInput", "Active Input")));
+}
+
+int MO_SwitchModule::transformationInput(double frame) const
+{
+    int const active = readInt(active_, frame);
+    return active >= 0 && active < nInPorts() ? active : 0;
+}
+
+void MO_SwitchModule::accept(MO_ModuleVisitor &visitor) { visitor.visit(*this); }
