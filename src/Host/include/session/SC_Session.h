@@ -1,0 +1,94 @@
+// The services of a scene, its project and the editing session, as tools and panels reach them.
+//
+// The host's parts ask for these through small interfaces:
+//   SC_SceneCommon       a scene's command manager, change manager and camera
+//   SC_ProjectCommon     the project's command manager and node selection
+//   SC_SessionContext    the session's change manager and interactive drag manager
+//   SC_CurrentFrameInterface, SC_EditionStackInterface   the current frame and the edited scene
+// SC_Session is the one object of an application that owns them all for one open scene and
+// answers every interface. Creating it installs it on the scene (TUScene::setSceneCommon,
+// setProjectCommon, setCommandManager); destroying it uninstalls it.
+#pragma once
+
+#include "base/Math/Matrix.h"
+
+#include <memory>
+
+class CO_CommandManager;
+class MO_FrameKey;
+class SC_InteractiveDragManager;
+class SL_Selection;
+class TUScene;
+class TUSceneChangeManager;
+
+class SC_SceneCommon {
+public:
+    virtual ~SC_SceneCommon() = default;
+    virtual CO_CommandManager *commandManager() const = 0;
+    virtual TUSceneChangeManager *changeManager() const = 0;
+    // The camera's view matrix at a frame: from scene space to camera space.
+    virtual Math::Matrix4x4 cameraMatrix(MO_FrameKey const &frame) const = 0;
+};
+
+class SC_ProjectCommon {
+public:
+    virtual ~SC_ProjectCommon() = default;
+    virtual CO_CommandManager *commandManager() const = 0;
+    virtual SL_Selection *getSelection() const = 0;
+};
+
+class SC_SessionContext {
+public:
+    virtual ~SC_SessionContext() = default;
+    virtual TUSceneChangeManager *changeManager() const = 0;
+    virtual SC_InteractiveDragManager *dragManager() const = 0;
+};
+
+class SC_CurrentFrameInterface {
+public:
+    virtual ~SC_CurrentFrameInterface() = default;
+    // The current frame of the scene of `sceneCommon` (the one scene of the session: the argument
+    // may be null).
+    virtual double currentFrame(SC_SceneCommon const *sceneCommon) const = 0;
+    virtual void setCurrentFrame(double frame) = 0;
+};
+
+class SC_EditionStackInterface {
+public:
+    virtual ~SC_EditionStackInterface() = default;
+    // The scene being edited; null when none is open.
+    virtual TUScene *currentScene() const = 0;
+};
+
+class SC_Session final : public SC_SceneCommon,
+                         public SC_ProjectCommon,
+                         public SC_SessionContext,
+                         public SC_CurrentFrameInterface,
+                         public SC_EditionStackInterface {
+public:
+    // Takes the scene; installs itself on it.
+    explicit SC_Session(std::unique_ptr<TUScene> scene);
+    ~SC_Session() override;
+    SC_Session(SC_Session const &) = delete;
+    SC_Session &operator=(SC_Session const &) = delete;
+
+    TUScene *scene() const;
+
+    CO_CommandManager *commandManager() const override;
+    TUSceneChangeManager *changeManager() const override;
+    Math::Matrix4x4 cameraMatrix(MO_FrameKey const &frame) const override;
+    SL_Selection *getSelection() const override;
+    SC_InteractiveDragManager *dragManager() const override;
+    // The frame is a double; setting it to the same value emits nothing, a new one emits
+    // currentFrameChanged. Non-finite frames are refused.
+    double currentFrame(SC_SceneCommon const *sceneCommon = nullptr) const override;
+    void setCurrentFrame(double frame) override;
+    TUScene *currentScene() const override;
+
+    // The fixed camera of the scene: from scene space to camera space, the same at every frame.
+    void setCameraMatrix(Math::Matrix4x4 const &matrix);
+
+private:
+    struct Impl;
+    std::unique_ptr<Impl> d_;
+};

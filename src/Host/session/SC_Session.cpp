@@ -1,0 +1,107 @@
+#include "session/SC_Session.h"
+
+#include "command/CO_CommandManager.h"
+#include "command/SC_InteractiveDragManager.h"
+#include "scene/TUScene.h"
+#include "session/SL_Selection.h"
+#include "session/TUSceneChangeManager.h"
+
+#include <cmath>
+
+namespace {
+
+// Passes every change of the selection on as the change manager's selectionChanged.
+class SelectionRelay : public TUListener {
+public:
+    explicit SelectionRelay(TUSceneChangeManager *changes) : changes_(changes) {}
+    void callBack(TUTeller *) override { changes_->emitSelectionChanged(); }
+
+private:
+    TUSceneChangeManager *changes_;
+};
+
+} // namespace
+
+struct SC_Session::Impl {
+    // Declaration order is destruction order reversed: the relay and the drag manager go before
+    // what they point at, and the scene goes last.
+    std::unique_ptr<TUScene> scene;
+    std::unique_ptr<CO_CommandManager> commands = std::make_unique<CO_CommandManager>();
+    std::unique_ptr<TUSceneChangeManager> changes = std::make_unique<TUSceneChangeManager>();
+    std::unique_ptr<SL_Selection> selection = std::make_unique<SL_Selection>();
+    std::unique_ptr<SC_InteractiveDragManager> drags = std::make_unique<SC_InteractiveDragManager>(commands.get());
+    std::unique_ptr<SelectionRelay> relay = std::make_unique<SelectionRelay>(changes.get());
+    Math::Matrix4x4 camera;  // scene to camera space
+    double frame = 1.0;      // = the current frame; finite
+};
+
+SC_Session::SC_Session(std::unique_ptr<TUScene> scene) : d_(std::make_unique<Impl>())
+{
+    d_->scene = scene ? std::move(scene) : std::make_unique<TUScene>();
+    d_->scene->setSceneCommon(this);
+    d_->scene->setProjectCommon(this);
+    d_->scene->setCommandManager(d_->commands.get());
+    d_->changes->setCurrentScene(d_->scene.get());
+    d_->relay->phone(d_->selection.get());
+}
+
+SC_Session::~SC_Session()
+{
+    d_->relay->hangUpAll();
+    d_->scene->setSceneCommon(nullptr);
+    d_->scene->setProjectCommon(nullptr);
+    d_->scene->setCommandManager(nullptr);
+}
+
+TUScene *SC_Session::scene() const
+{
+    return d_->scene.get();
+}
+
+CO_CommandManager *SC_Session::commandManager() const
+{
+    return d_->commands.get();
+}
+
+TUSceneChangeManager *SC_Session::changeManager() const
+{
+    return d_->changes.get();
+}
+
+Math::Matrix4x4 SC_Session::cameraMatrix(MO_FrameKey const &) const
+{
+    return d_->camera;
+}
+
+void SC_Session::setCameraMatrix(Math::Matrix4x4 const &matrix)
+{
+    d_->camera = matrix;
+}
+
+SL_Selection *SC_Session::getSelection() const
+{
+    return d_->selection.get();
+}
+
+SC_InteractiveDragManager *SC_Session::dragManager() const
+{
+    return d_->drags.get();
+}
+
+double SC_Session::currentFrame(SC_SceneCommon const *) const
+{
+    return d_->frame;
+}
+
+void SC_Session::setCurrentFrame(double frame)
+{
+    if (!std::isfinite(frame) || frame == d_->frame)
+        return;
+    d_->frame = frame;
+    d_->changes->emitCurrentFrameChanged();
+}
+
+TUScene *SC_Session::currentScene() const
+{
+    return d_->scene.get();
+}
