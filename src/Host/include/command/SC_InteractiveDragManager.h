@@ -17,6 +17,7 @@ class SC_InteractiveDragManager {
 public:
     enum ScopeType { PRESS_ACCUM, MOVE, RELEASE };
 
+    // Careful: `manager` must outlive this drag manager and its scopes.
     explicit SC_InteractiveDragManager(CO_CommandManager *manager);
     ~SC_InteractiveDragManager();  // closes an open drag
     SC_InteractiveDragManager(SC_InteractiveDragManager const &) = delete;

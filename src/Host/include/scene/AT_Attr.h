@@ -2,8 +2,10 @@
 //
 // An attribute is made on an owner (the node that holds it, seen through the small interface
 // AT_AttrOwner so that attributes need nothing else of the scene graph) with an AT_AttrMeta. It
-// tells its owner and its listeners (TUTeller) after every change of its value, its keyframes or
-// its surrogate, so that evaluation caches can be dropped.
+// tells its owner and its listeners after every change of its value, its keyframes or its
+// surrogate, so that evaluation caches can be dropped. Every attribute is a TUTeller already: a
+// derived class that tells its own listeners (an array telling that its size changed) uses it
+// rather than deriving from TUTeller a second time.
 //
 // Changes that must be undoable go through commands: setTextValue and the functions of
 // AT_AttrCmds.h give a CO_Command (or null when nothing would change) for the caller to run with a
