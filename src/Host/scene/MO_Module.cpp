@@ -167,38 +167,55 @@ void MO_PegModule::accept(MO_ModuleVisitor &visitor) { visitor.visit(*this); }
 // ---------------------------------------------------------------------------------------------
 // MO_ElementModule
 
-MO_ElementModule::MO_ElementModule() : MO_AnimatedModule(Keyword(), 1, 1) {}
+struct MO_ElementModule::Impl {
+    QString elementName;
+    std::map<QString, UT_SharedPtr<OC_Drawing const>> drawings;
+    std::map<int, QString> timing;  // each name empty or a key of drawings
+};
+
+MO_ElementModule::MO_ElementModule() : MO_AnimatedModule(Keyword(), 1, 1), d_(std::make_unique<Impl>()) {}
 MO_ElementModule::~MO_ElementModule() = default;
 void MO_ElementModule::accept(MO_ModuleVisitor &visitor) { visitor.visit(*this); }
 
+QString const &MO_ElementModule::elementName() const { return d_->elementName; }
+void MO_ElementModule::setElementName(QString const &name)
+{
+    d_->elementName = name;
+    // The drawings carry their key: give them the new one.
+    for (auto &entry : d_->drawings)
+        entry.second = UT_MakeShared<OC_Drawing const>(CA_CelKey(name, entry.first), entry.second->shapes());
+}
+std::map<QString, UT_SharedPtr<OC_Drawing const>> const &MO_ElementModule::drawings() const { return d_->drawings; }
+std::map<int, QString> const &MO_ElementModule::timing() const { return d_->timing; }
+
 void MO_ElementModule::addDrawing(QString const &name, std::vector<OC_VectorShape> shapes)
 {
-    drawings_[name] = UT_MakeShared<OC_Drawing const>(CA_CelKey(elementName_, name), std::move(shapes));
+    d_->drawings[name] = UT_MakeShared<OC_Drawing const>(CA_CelKey(d_->elementName, name), std::move(shapes));
     setDirty();
 }
 
 bool MO_ElementModule::setExposure(int frame, QString const &name)
 {
-    if (!name.isEmpty() && drawings_.count(name) == 0)
+    if (!name.isEmpty() && d_->drawings.count(name) == 0)
         return false;
-    timing_[frame] = name;
+    d_->timing[frame] = name;
     setDirty();
     return true;
 }
 
 OC_DrawingPtr MO_ElementModule::oglDrawing(double frame) const
 {
-    auto it = timing_.upper_bound(static_cast<int>(frame));
-    if (it == timing_.begin())
+    auto it = d_->timing.upper_bound(static_cast<int>(frame));
+    if (it == d_->timing.begin())
         return {};
     --it;
-    auto const drawing = drawings_.find(it->second);
-    return drawing == drawings_.end() ? OC_DrawingPtr() : OC_DrawingPtr(drawing->second);
+    auto const drawing = d_->drawings.find(it->second);
+    return drawing == d_->drawings.end() ? OC_DrawingPtr() : OC_DrawingPtr(drawing->second);
 }
 
 bool MO_ElementModule::isUsable() const
 {
-    for (auto const &entry : timing_)
+    for (auto const &entry : d_->timing)
         if (!entry.second.isEmpty())
             return true;
     return false;

@@ -105,6 +105,10 @@ TEST(Evaluation, ElementTimingExposesDrawingsFromTheirFrameOn)
     // A drawing without points has an empty box.
     EXPECT_TRUE(element->oglDrawing(5.0)->bounds().isEmpty());
     EXPECT_FALSE(CA_CelKey().isValid());
+    // Renaming the element gives its drawings new keys.
+    element->setElementName("limb");
+    EXPECT_EQ(element->oglDrawing(1.0)->celKey(), CA_CelKey("limb", "a"));
+    EXPECT_LT(CA_CelKey("arm", "z"), CA_CelKey("limb", "a"));
 }
 
 // A bone under a peg at OGL (1, 0): offset OGL (1, 1), length OGL 2, orientation keyed 90 at

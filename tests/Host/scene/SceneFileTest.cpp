@@ -29,6 +29,14 @@ QByteArray readExample(char const *name)
     return file.readAll();
 }
 
+std::unique_ptr<TUScene> loadExample(char const *name)
+{
+    QString error;
+    std::unique_ptr<TUScene> scene = TUSceneFile::read(readExample(name), name, &error);
+    EXPECT_TRUE(scene) << error.toStdString();
+    return scene;
+}
+
 template <class T>
 T *find(TUScene const &scene, char const *name)
 {
@@ -53,9 +61,8 @@ INSTANTIATE_TEST_SUITE_P(Scenes, Examples, ::testing::Values("arm.xml", "bones.x
 
 TEST(SceneFile, ArmExampleEvaluatesAsAnArm)
 {
-    QString error;
-    std::unique_ptr<TUScene> scene = TUSceneFile::read(readExample("arm.xml"), "arm.xml", &error);
-    ASSERT_TRUE(scene) << error.toStdString();
+    std::unique_ptr<TUScene> scene = loadExample("arm.xml");
+    ASSERT_TRUE(scene);
     auto *hand = find<MO_ElementModule>(*scene, "Hand");
     ASSERT_NE(hand, nullptr);
     // Frame 1, straight arm: (-6, 4) + (6, 0) + (4.8, 0) field = (0.4, 0.25) OGL.
@@ -74,9 +81,8 @@ TEST(SceneFile, ArmExampleEvaluatesAsAnArm)
 
 TEST(SceneFile, BonesExampleBendsLikeAnArm)
 {
-    QString error;
-    std::unique_ptr<TUScene> scene = TUSceneFile::read(readExample("bones.xml"), "bones.xml", &error);
-    ASSERT_TRUE(scene) << error.toStdString();
+    std::unique_ptr<TUScene> scene = loadExample("bones.xml");
+    ASSERT_TRUE(scene);
     auto *tip = find<BendyBoneModule>(*scene, "Bone4");
     ASSERT_NE(tip, nullptr);
     Point2d const root(-4.0 / 12.0, -2.0 / 16.0);

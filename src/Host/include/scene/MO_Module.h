@@ -118,16 +118,16 @@ public:
 
     // The element's name, the first half of its drawings' CA_CelKey. Defaults to the instance
     // name given at creation.
-    QString const &elementName() const { return elementName_; }
-    void setElementName(QString const &name) { elementName_ = name; }
+    QString const &elementName() const;
+    void setElementName(QString const &name);
 
     // Drawings by name, in name order. Adding under a taken name replaces the drawing.
     void addDrawing(QString const &name, std::vector<OC_VectorShape> shapes);
-    std::map<QString, UT_SharedPtr<OC_Drawing const>> const &drawings() const { return drawings_; }
+    std::map<QString, UT_SharedPtr<OC_Drawing const>> const &drawings() const;
     // Timing: drawing `name` is exposed from `frame` on. Refuses (false) an unknown drawing
     // name; the empty name exposes nothing.
     bool setExposure(int frame, QString const &name);
-    std::map<int, QString> const &timing() const { return timing_; }
+    std::map<int, QString> const &timing() const;
 
     // The drawing exposed at `frame` (truncated to a whole frame), or an empty handle.
     OC_DrawingPtr oglDrawing(double frame) const;
@@ -137,9 +137,8 @@ public:
     virtual bool isUsable() const;
 
 private:
-    QString elementName_;
-    std::map<QString, UT_SharedPtr<OC_Drawing const>> drawings_;
-    std::map<int, QString> timing_;  // each name empty or a key of drawings_
+    struct Impl;
+    std::unique_ptr<Impl> d_;
 };
 
 // "SWITCH": several transformation inputs; the int attribute "activeInput" chooses the one in
