@@ -58,6 +58,20 @@ TEST(Evaluation, ChildPegAndElementFollowTheirParent)
     // parent * (0, 1) at frame 1 = (0 - 1 + 2, 0 + 0 - 1).
     expectPlaneMap(world(*child, 1.0), Matrix2x3(0, -1, 1, 2, 0, -1));
     EXPECT_EQ(world(*element, 1.0), world(*child, 1.0));
+    // The element's own transform is a peg's: keyed at 1 and 3, halfway at 2 it is turned 45.
+    element->rotationAttr()->setKeyframe(1, Math::Angle3d(0, 0, 0));
+    element->rotationAttr()->setKeyframe(3, Math::Angle3d(0, 0, 90));
+    EXPECT_EQ(world(*element, 1.0), world(*child, 1.0));
+    Math::Matrix4x4 turned45;
+    turned45.rotateDegrees(45.0);
+    Math::Matrix4x4 const expected45 = world(*child, 2.0) * turned45;
+    expectPlaneMap(world(*element, 2.0), expected45.getTransform2d());
+    // A plain module passes its parent's transform on.
+    auto *plain = add<MO_Module>(scene, "plain");
+    ASSERT_TRUE(MO_Node::connect(element, 0, plain, 0));
+    EXPECT_EQ(world(*plain, 2.0), world(*element, 2.0));
+    element->rotationAttr()->setKeyframe(3, Math::Angle3d(0, 0, 0));  // back to no turn
+    element->rotationAttr()->setKeyframe(1, Math::Angle3d(0, 0, 0));
     EXPECT_EQ(child->inputModule(0), parent);
     EXPECT_EQ(child->computeTransformationParent(MO_BaseContext(MO_FrameKey(6.0), 0), 0)->matrix(true),
               world(*parent, 6.0));
@@ -293,6 +307,10 @@ TEST(Evaluation, SwitchTakesTheInputChosenAtEachFrame)
     EXPECT_EQ(a->transformationInput(10.0), 0);
     expectNear(apply(world(*below, 5.0), Point2d()), Point2d(1, 0));
     expectNear(apply(world(*below, 10.0), Point2d()), Point2d(0, 1));
+    // Each input's parent transformation stays at hand whichever input is in force.
+    MO_BaseContext const frame5(MO_FrameKey(5.0), 0);
+    EXPECT_EQ(sw->computeTransformationParent(frame5, 1)->matrix(true), world(*b, 5.0));
+    EXPECT_EQ(sw->inputModule(1), b);
     // An input out of range falls back on input 0.
     sw->activeInputAttr()->setKeyframe(20, 7);
     EXPECT_EQ(sw->transformationInput(20.0), 0);
@@ -415,6 +433,21 @@ TEST(Evaluation, InvalidRequestsGiveTheEmptyResult)
     ASSERT_TRUE(MO_Node::connect(plain, 0, peg, 0));
     EXPECT_EQ(peg->computeTransformationParent(context, 0), nullptr);
     EXPECT_EQ(peg->inputModule(0), nullptr);
+}
+
+TEST(Evaluation, RefusedAttributeValuesLeaveTheTransformAsItWas)
+{
+    BoneChain chain;
+    Math::Matrix4x4 const before = world(*chain.child, 6.0);
+    double const inf = std::numeric_limits<double>::infinity();
+    double const nan = std::numeric_limits<double>::quiet_NaN();
+    for (double bad : {nan, inf, -inf}) {
+        EXPECT_FALSE(chain.bone->lengthAttr()->setLocalValue(bad));
+        EXPECT_FALSE(chain.bone->orientationAttr()->setKeyframe(6, bad));
+        EXPECT_FALSE(chain.bone->offsetAttr()->setLocalValue(Point2d(bad, 0.0)));
+        EXPECT_FALSE(chain.peg->positionAttr()->setLocalValue(Math::Point3d(0.0, bad, 0.0)));
+        EXPECT_EQ(world(*chain.child, 6.0), before) << bad;
+    }
 }
 
 TEST(Evaluation, MetricsRefuseInvalidFactorsAndConvertPerAxis)
