@@ -12,6 +12,7 @@
 
 #include <functional>
 #include <map>
+#include <set>
 
 namespace {
 
@@ -441,6 +442,20 @@ void writeLinks(QXmlStreamWriter &w, TUGroup const &group)
     }
 }
 
+// The first node of the group (depth first) whose name is empty or already in `names`.
+MO_Node const *firstUnnamedOrTwice(TUGroup const &group, std::set<QString> &names)
+{
+    for (auto it = group.subNodesBegin(); it != group.subNodesEnd(); ++it) {
+        MO_Node const &node = **it;
+        if (node.instanceName().isEmpty() || !names.insert(node.instanceName()).second)
+            return &node;
+        if (auto const *sub = dynamic_cast<TUGroup const *>(&node))
+            if (MO_Node const *bad = firstUnnamedOrTwice(*sub, names))
+                return bad;
+    }
+    return nullptr;
+}
+
 } // namespace
 
 namespace TUSceneFile {
@@ -483,8 +498,15 @@ std::unique_ptr<TUScene> readFile(QString const &path, QString *error)
     return read(file.readAll(), path, error);
 }
 
-QByteArray write(TUScene const &scene)
+QByteArray write(TUScene const &scene, QString *error)
 {
+    std::set<QString> names;
+    if (MO_Node const *bad = firstUnnamedOrTwice(*scene.getRootGroup(), names)) {
+        if (error)
+            *error = QStringLiteral("cannot write a %1 node named \"%2\": every node needs a name of its own")
+                         .arg(bad->typeKeyword(), bad->instanceName());
+        return {};
+    }
     QByteArray data;
     QXmlStreamWriter w(&data);
     w.setAutoFormatting(true);
@@ -509,8 +531,11 @@ QByteArray write(TUScene const &scene)
 
 bool writeFile(TUScene const &scene, QString const &path, QString *error)
 {
+    QByteArray const data = write(scene, error);
+    if (data.isEmpty())
+        return false;
     QSaveFile file(path);
-    if (file.open(QIODevice::WriteOnly) && file.write(write(scene)) >= 0 && file.commit())
+    if (file.open(QIODevice::WriteOnly) && file.write(data) >= 0 && file.commit())
         return true;
     if (error)
         *error = QStringLiteral("%1: cannot be written: %2").arg(path, file.errorString());

@@ -303,6 +303,23 @@ TEST(SceneFile, BadFilesGiveAnErrorNamingTheLineAndNoScene)
     }
 }
 
+TEST(SceneFile, NodesWithoutANameOfTheirOwnAreNotWritten)
+{
+    QTemporaryDir dir;
+    for (char const *second : {"a", ""}) {
+        TUScene scene;
+        add<MO_PegModule>(scene, "a");
+        add<BendyBoneModule>(scene, second);
+        QString error;
+        EXPECT_TRUE(TUSceneFile::write(scene, &error).isEmpty()) << second;
+        EXPECT_TRUE(error.contains("BendyBoneModule")) << error.toStdString();
+        error.clear();
+        EXPECT_FALSE(TUSceneFile::writeFile(scene, dir.filePath("unnamed.xml"), &error));
+        EXPECT_FALSE(error.isEmpty());
+        EXPECT_FALSE(QFile::exists(dir.filePath("unnamed.xml")));
+    }
+}
+
 TEST(SceneFile, UnknownKeywordsMakeNoNode)
 {
     EXPECT_EQ(TUSceneFile::createNode("BOGUS"), nullptr);

@@ -26,8 +26,11 @@ UT_SharedPtr<MO_Node> createNode(QString const &typeKeyword);
 std::unique_ptr<TUScene> read(QByteArray const &data, QString const &source, QString *error);
 std::unique_ptr<TUScene> readFile(QString const &path, QString *error);
 
-QByteArray write(TUScene const &scene);
-// False with `error` set when the file cannot be written.
+// Links refer to nodes by instance name, so a scene is written only when every node and group
+// (the root group aside) has a name of its own: otherwise the result is empty and `error` names
+// the first offending node.
+QByteArray write(TUScene const &scene, QString *error = nullptr);
+// False with `error` set when the scene cannot be written (see write) or the file cannot.
 bool writeFile(TUScene const &scene, QString const &path, QString *error);
 
 } // namespace TUSceneFile
