@@ -120,13 +120,19 @@ Matrix4x4 CameraTransformChain::matrix(ReferenceFrame from, ReferenceFrame to, b
     return m;
 }
 
+bool CameraTransformChain::canMap(int source, int destination) const
+{
+    if (!isReferenceFrame(source) || !isReferenceFrame(destination))
+        return false;
+    // Pixels exist only once the view has a size.
+    bool const viaViewport = std::min(source, destination) <= ScreenFrame;
+    return !viaViewport || (width_ > 0 && height_ > 0);
+}
+
 bool CameraTransformChain::transform(ReferenceFrame source, Point2d const &point, ReferenceFrame destination,
                                      Point2d &result) const
 {
-    if (!isReferenceFrame(source) || !isReferenceFrame(destination) || !isFinite(point))
-        return false;
-    bool const viaViewport = std::min(source, destination) <= ScreenFrame;
-    if (viaViewport && (width_ == 0 || height_ == 0))
+    if (!canMap(source, destination) || !isFinite(point))
         return false;
     bool const down = source >= destination;  // towards the pixels
     Eigen::Matrix3d h = planeMap(matrix(down ? source : destination, down ? destination : source));
@@ -147,10 +153,7 @@ bool CameraTransformChain::transform(ReferenceFrame source, Point2d const &point
 bool CameraTransformChain::transform(ReferenceFrame source, Point3d const &point, ReferenceFrame destination,
                                      Point3d &result) const
 {
-    if (!isReferenceFrame(source) || !isReferenceFrame(destination) || !isFinite(point))
-        return false;
-    bool const viaViewport = std::min(source, destination) <= ScreenFrame;
-    if (viaViewport && (width_ == 0 || height_ == 0))
+    if (!canMap(source, destination) || !isFinite(point))
         return false;
     bool ok = true;
     Matrix4x4 const m = matrix(source, destination, &ok);

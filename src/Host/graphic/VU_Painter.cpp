@@ -21,6 +21,7 @@ constexpr int kMaxTexturedQuadSide = 4096;
 constexpr double kCircleTolerance = 0.01;
 constexpr int kMinCircleVertices = 16;
 constexpr int kMaxCircleVertices = 2048;
+constexpr double kPi = 3.141592653589793;
 
 QColor toQColor(VS_RGBA const &c) { return QColor(c.r, c.g, c.b, c.a); }
 
@@ -37,12 +38,12 @@ double bilinear(double v0, double v1, double v2, double v3, double s, double t)
 // pixel centres, so a point or a disc covers exactly the pixels whose centres lie inside it.
 QPolygonF circlePolygon(QPointF const &centre, double radius)
 {
-    double const step = radius > kCircleTolerance ? 2.0 * std::acos(1.0 - kCircleTolerance / radius) : M_PI / 8.0;
-    int const n = std::clamp(static_cast<int>(std::ceil(2.0 * M_PI / step)), kMinCircleVertices, kMaxCircleVertices);
+    double const step = radius > kCircleTolerance ? 2.0 * std::acos(1.0 - kCircleTolerance / radius) : kPi / 8.0;
+    int const n = std::clamp(static_cast<int>(std::ceil(2.0 * kPi / step)), kMinCircleVertices, kMaxCircleVertices);
     QPolygonF polygon;
     polygon.reserve(n);
     for (int i = 0; i < n; ++i) {
-        double const a = 2.0 * M_PI * i / n;
+        double const a = 2.0 * kPi * i / n;
         polygon << QPointF(centre.x() + radius * std::cos(a), centre.y() + radius * std::sin(a));
     }
     return polygon;

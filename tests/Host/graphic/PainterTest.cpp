@@ -415,6 +415,25 @@ TEST_F(PainterTest, PrimitivesWithBadInputPaintNothing)
     }
 }
 
+TEST_F(PainterTest, ShapesReachingFarOutsideTheViewPaintOnlyWhatTheyCover)
+{
+    VU_Painter painter(binder);
+    painter.setPointReferential(VU_Painter::kPixelReferential);
+    painter.setLineStrokeColor(kBlue);
+    painter.setLineThickness(1.0);
+    ASSERT_TRUE(painter.drawLine(Point2d(16.0, -1e9), Point2d(16.0, 1e9)));
+    EXPECT_EQ(countOf(kBlue), 33);
+    EXPECT_EQ(canvas.pixel(16, 0), kBlue);
+    EXPECT_EQ(canvas.pixel(16, 32), kBlue);
+
+    canvas.clear();
+    painter.setLineThickness(0.0);
+    painter.drawTriangle(Point2d(-1e12, -1e12), Point2d(-1e12 + 5.0, -1e12), Point2d(-1e12, -1e12 + 5.0), kRed);
+    EXPECT_EQ(countOf(kNothing), 33 * 33);
+    painter.drawTriangle(Point2d(-1e12, -1e12), Point2d(1e12, -1e12), Point2d(0.0, 1e12), kRed);
+    EXPECT_EQ(countOf(kRed), 33 * 33);
+}
+
 TEST_F(PainterTest, NothingIsPaintedWithoutACanvasOrAViewport)
 {
     // Scene coordinates need a viewport; pixels do not.

@@ -78,6 +78,8 @@ public:
     double pixelsPerUnit(ReferenceFrame source) const;
 
 private:
+    // Whether both are frames and, when pixels are involved, the viewport is not empty.
+    bool canMap(int source, int destination) const;
     // The matrix one step up the chain: from `frame` to `frame - 1`.
     Matrix4x4 step(int frame) const;
 
