@@ -146,10 +146,10 @@ bool CO_CommandManager::clear()
     if (d_->depth > 0)
         return false;
     bool const had = !d_->undo.empty() || !d_->redo.empty();
+    // The clean state stays reachable only if the scene is in it now.
+    d_->cleanDepth = d_->cleanDepth == static_cast<int>(d_->undo.size()) ? 0 : -1;
     d_->undo.clear();
     d_->redo.clear();
-    if (d_->cleanDepth != 0)
-        d_->cleanDepth = -1;
     if (had)
         tell();
     return true;

@@ -212,6 +212,41 @@ TEST(CommandManager, ModifiedFollowsTheCleanPointThroughUndoAndRedo)
     EXPECT_TRUE(manager.isModified());
 }
 
+// Logs the manager's calls of the life-cycle hooks.
+class HookCmd : public CO_Command {
+public:
+    explicit HookCmd(QStringList &log) : log_(log) {}
+    bool execute() override { return log_ << "execute", true; }
+    bool unexecute() override { return log_ << "unexecute", true; }
+    void store() override { log_ << "store"; }
+    void restore() override { log_ << "restore"; }
+    void compact() override { log_ << "compact"; }
+    void reexecuteOnExit() override { log_ << "reexecuteOnExit"; }
+
+private:
+    QStringList &log_;
+};
+
+TEST(CommandManager, CallsTheHooksAtRecordCloseAndRedo)
+{
+    CO_CommandManager manager;
+    QStringList log;
+    {
+        CO_CommandAccumScope scope(&manager, "Hooks", nullptr, 0);
+        manager.execute(std::make_unique<HookCmd>(log));
+        EXPECT_EQ(log, (QStringList{"execute", "store"}));
+    }
+    EXPECT_EQ(log, (QStringList{"execute", "store", "reexecuteOnExit", "compact"}));
+    log.clear();
+    manager.undo();
+    manager.redo();
+    EXPECT_EQ(log, (QStringList{"unexecute", "restore", "execute"}));
+    EXPECT_TRUE(manager.clear());
+    EXPECT_FALSE(manager.canUndo());
+    EXPECT_FALSE(manager.canRedo());
+    EXPECT_TRUE(manager.isModified());  // the clean state is gone with the history
+}
+
 TEST(InteractiveDragManager, PressMovesAndReleaseMakeOneNamedStep)
 {
     CO_CommandManager manager;

@@ -162,6 +162,8 @@ TEST(AttrXml, BadDocumentsAreRefusedAndChangeNothing)
         {"unknown element", "<nosuch value=\"1\"/>\n</node>\n", 3, "inside <node>, found <nosuch>"},
         {"unknown in group", "<joint>\n<nosuch value=\"1\"/>\n</joint>\n</node>\n", 4,
          "expected one of <active>, <gain>, <inner> inside <joint>, found <nosuch>"},
+        {"wrong type in a group", "<joint>\n<active type=\"INT\" value=\"1\"/>\n</joint>\n</node>\n", 4,
+         "expected type \"BOOL\" for <active>, found \"INT\""},
         {"text in a value", "<weight value=\"1\">hello</weight>\n</node>\n", 3, "expected an element, found text \"hello\""},
         {"element in a string", "<name>a<b/></name>\n</node>\n", 3, "expected text inside <name>, found <b>"},
         {"dynamic over static", "<weight type=\"DOUBLE\" value=\"1\"/>\n</node>\n", 3,
