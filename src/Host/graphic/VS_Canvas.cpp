@@ -51,27 +51,44 @@ VS_RGBA VS_Texture::sample(double u, double v, bool magnified) const
                    mix(c00.b, c10.b, c01.b, c11.b), mix(c00.a, c10.a, c01.a, c11.a));
 }
 
-VS_Canvas::VS_Canvas(int width, int height)
+struct VS_Canvas::Impl {
+    QImage image;  // Format_ARGB32_Premultiplied
+    bool antialiasing = true;
+    bool picking = false;
+};
+
+VS_Canvas::VS_Canvas(int width, int height) : impl_(std::make_unique<Impl>())
 {
     resize(width, height);
 }
 
+VS_Canvas::~VS_Canvas() = default;
+
+int VS_Canvas::width() const { return impl_->image.width(); }
+int VS_Canvas::height() const { return impl_->image.height(); }
+QImage const &VS_Canvas::image() const { return impl_->image; }
+QImage &VS_Canvas::image() { return impl_->image; }
+bool VS_Canvas::antialiasing() const { return impl_->antialiasing && !impl_->picking; }
+void VS_Canvas::setAntialiasing(bool on) { impl_->antialiasing = on; }
+bool VS_Canvas::pickingMode() const { return impl_->picking; }
+void VS_Canvas::setPickingMode(bool picking) { impl_->picking = picking; }
+
 void VS_Canvas::resize(int width, int height)
 {
-    image_ = QImage(std::max(0, width), std::max(0, height), QImage::Format_ARGB32_Premultiplied);
+    impl_->image = QImage(std::max(0, width), std::max(0, height), QImage::Format_ARGB32_Premultiplied);
     clear();
 }
 
 void VS_Canvas::clear(VS_RGBA const &color)
 {
-    image_.fill(QColor(color.r, color.g, color.b, color.a));
+    impl_->image.fill(QColor(color.r, color.g, color.b, color.a));
 }
 
 VS_RGBA VS_Canvas::pixel(int x, int y) const
 {
     if (x < 0 || y < 0 || x >= width() || y >= height())
         return VS_RGBA(0, 0, 0, 0);
-    QRgb const c = qUnpremultiply(reinterpret_cast<QRgb const *>(image_.constScanLine(y))[x]);
+    QRgb const c = qUnpremultiply(reinterpret_cast<QRgb const *>(impl_->image.constScanLine(y))[x]);
     return VS_RGBA(static_cast<std::uint8_t>(qRed(c)), static_cast<std::uint8_t>(qGreen(c)),
                    static_cast<std::uint8_t>(qBlue(c)), static_cast<std::uint8_t>(qAlpha(c)));
 }

@@ -138,9 +138,22 @@ TEST_F(PainterTest, ScenePointsGoThroughTheBindersMatricesAtDrawingTime)
     EXPECT_EQ(countOf(kRed), 2);
     EXPECT_EQ(painter.pointReferential(), VU_Painter::kSceneReferential);
 
-    // Radii in scene units scale with the zoom: 1 unit is 4 pixels.
+    // Thicknesses and radii in scene units scale with the zoom: 1 unit is 4 pixels.
     canvas.clear();
+    auto columnCount = [&](int x, VS_RGBA const &color) {
+        int n = 0;
+        for (int y = 0; y < canvas.height(); ++y)
+            n += canvas.pixel(x, y) == color;
+        return n;
+    };
     ASSERT_TRUE(binder.setModelMatrix(Math::Matrix4x4()));
+    painter.setLineStrokeColor(kBlue);
+    ASSERT_TRUE(painter.setLineThickness(1.0, VU_Painter::kSceneReferential));
+    ASSERT_TRUE(painter.drawLine(Point3d(-1.0, 2.0, 0.0), Point3d(1.0, 2.0, 0.0)));  // on row 8
+    EXPECT_EQ(columnCount(16, kBlue), 4);
+    EXPECT_EQ(canvas.pixel(16, 8), kBlue);
+    EXPECT_EQ(canvas.pixel(16, 12), kNothing);
+    canvas.clear();
     ASSERT_TRUE(painter.drawFilledDisc(Point2d(0.0, 0.0), 1.0, kBlue));
     EXPECT_EQ(canvas.pixel(19, 16), kBlue);
     EXPECT_EQ(canvas.pixel(21, 16), kNothing);

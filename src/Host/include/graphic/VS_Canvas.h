@@ -14,6 +14,8 @@
 
 #include <QImage>
 
+#include <memory>
+
 // The pixels of one texture and how they are sampled.
 class VS_Texture {
 public:
@@ -56,27 +58,30 @@ public:
 
     // An image of width by height pixels (negative sizes count as 0), cleared to transparent black.
     VS_Canvas(int width, int height);
+    ~VS_Canvas();
+    VS_Canvas(VS_Canvas const &) = delete;
+    VS_Canvas &operator=(VS_Canvas const &) = delete;
 
-    int width() const { return image_.width(); }
-    int height() const { return image_.height(); }
+    int width() const;
+    int height() const;
     // Changes the size and clears the image; negative sizes count as 0.
     void resize(int width, int height);
     void clear(VS_RGBA const &color = VS_RGBA(0, 0, 0, 0));
 
     // The pixels (Format_ARGB32_Premultiplied), to show or save. Careful: a painter may be writing
     // to them; read them between primitives only.
-    QImage const &image() const { return image_; }
-    QImage &image() { return image_; }
+    QImage const &image() const;
+    QImage &image();
     // The colour of pixel (x, y), transparent black outside the image. Exact for opaque colours.
     VS_RGBA pixel(int x, int y) const;
 
     // Anti-aliasing smooths the edges of shapes and of textures; on by default, always off on a
     // pick canvas.
-    bool antialiasing() const { return antialiasing_ && !picking_; }
-    void setAntialiasing(bool on) { antialiasing_ = on; }
+    bool antialiasing() const;
+    void setAntialiasing(bool on);
 
-    bool pickingMode() const { return picking_; }
-    void setPickingMode(bool picking) { picking_ = picking; }
+    bool pickingMode() const;
+    void setPickingMode(bool picking);
 
     // Makes a texture from `width` * `height` pixels given row after row, first row first.
     // Accepted values: target kTexture2D; internal format and format kFormatRGBA; border 0; type
@@ -88,7 +93,6 @@ public:
                                 int mipmaps);
 
 private:
-    QImage image_;  // Format_ARGB32_Premultiplied
-    bool antialiasing_ = true;
-    bool picking_ = false;
+    struct Impl;
+    std::unique_ptr<Impl> impl_;
 };
