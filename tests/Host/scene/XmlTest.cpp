@@ -187,6 +187,53 @@ TEST(AttrXml, BadDocumentsAreRefusedAndChangeNothing)
     }
 }
 
+// A reader in the way a group whose elements may come in any order reads itself: state 0 for its
+// own element, then each child found among the registered attributes, moved to the place it has
+// in the file, and read by its own reader kept as the active child.
+class FileOrderReader : public PIO_XML::ComponentReader {
+public:
+    explicit FileOrderReader(AT_ComplexAttr *group) : group_(group) {}
+
+    std::shared_ptr<ComponentReader> startElement(PIO_XML::Context &ctx, QString const &name,
+                                                  QXmlStreamAttributes const &attributes) override
+    {
+        if (state_ == 0) {
+            state_ = 1;
+            return shared_from_this();
+        }
+        int place = -1;
+        AT_Attr *child = group_->findRegisteredAttr(name, &place);
+        if (!child)
+            return errorHandler(ctx, QStringLiteral("expected a child of the group, found <%1>").arg(name));
+        group_->moveRegisteredAttr(place, count_++);  // careful: a real reader stages this too
+        return startChild(ctx, child->componentReader(), name, attributes);
+    }
+
+private:
+    AT_ComplexAttr *group_;
+    int state_ = 0;  // 0 before the group's own element, 1 inside it
+    int count_ = 0;  // child elements read so far
+};
+
+TEST(AttrXml, NestedReadersGetTheEndOfWhatTheyHandedOn)
+{
+    Node node;
+    auto reader = std::make_shared<FileOrderReader>(&node.joint);
+    QByteArray const doc = "<joint>\n<inner><type>knee</type></inner>\n<gain value=\"2\"><key frame=\"1\" value=\"3\"/></gain>\n</joint>";
+    QString error;
+    ASSERT_TRUE(PIO_XML::readDocument(doc, reader, "joint.xml", &error)) << error.toStdString();
+    EXPECT_EQ(node.joint.registeredAttr(0), &node.inner);
+    EXPECT_EQ(node.joint.registeredAttr(1), &node.gain);
+    EXPECT_EQ(node.joint.registeredAttr(2), &node.active);
+    EXPECT_EQ(node.type.localValue(), "knee");
+    EXPECT_DOUBLE_EQ(node.gain.localValue(), 2.0);
+    EXPECT_TRUE(node.gain.hasKeyframe(1));
+
+    auto again = std::make_shared<FileOrderReader>(&node.joint);
+    EXPECT_FALSE(PIO_XML::readDocument(QByteArray("<joint>\n\n<other/></joint>"), again, "joint.xml", &error));
+    EXPECT_EQ(error, "joint.xml:3: expected a child of the group, found <other>");
+}
+
 TEST(AttrXml, IntegersMustBeWhole)
 {
     Node node;
