@@ -40,6 +40,20 @@ Matrix4x4 translation(double x, double y)
     return m;
 }
 
+using Frame = CameraTransformChain::ReferenceFrame;
+constexpr Frame kView = CameraTransformChain::ViewFrame;
+constexpr Frame kModel = CameraTransformChain::ModelFrame;
+
+// Maps `point` from `from` to `to` and expects (x, y).
+void expectMaps(CameraTransformChain const &chain, Frame from, Point2d const &point, Frame to, double x, double y)
+{
+    SCOPED_TRACE(testing::Message() << "(" << point.x << ", " << point.y << ") from frame " << from << " to " << to);
+    Point2d result;
+    ASSERT_TRUE(chain.transform(from, point, to, result));
+    EXPECT_NEAR(result.x, x, kTol);
+    EXPECT_NEAR(result.y, y, kTol);
+}
+
 bool sameMatrix(Matrix4x4 const &a, Matrix4x4 const &b)
 {
     for (int i = 0; i < 16; ++i)
@@ -53,37 +67,27 @@ bool sameMatrix(Matrix4x4 const &a, Matrix4x4 const &b)
 TEST(CameraTransformChain, SceneUnitsBecomePixelsWithTheYAxisFlipped)
 {
     CameraTransformChain const chain = makeView();
-    Point2d pixel;
     // (2, 3) is 20 pixels right of the centre and 30 up: (50 + 20, 40 - 30).
-    ASSERT_TRUE(chain.project(CameraTransformChain::ModelFrame, Point2d(2.0, 3.0), pixel));
+    expectMaps(chain, kModel, Point2d(2.0, 3.0), kView, 70.0, 10.0);
+    expectMaps(chain, kModel, Point2d(2.0, 3.0), CameraTransformChain::ScreenFrame, 20.0, 30.0);
+    expectMaps(chain, kView, Point2d(70.0, 10.0), kModel, 2.0, 3.0);
+    Point2d pixel;
+    ASSERT_TRUE(chain.project(kModel, Point2d(2.0, 3.0), pixel));
     EXPECT_POINT_NEAR(pixel, 70.0, 10.0);
-
-    Point2d screen;
-    ASSERT_TRUE(chain.transform(CameraTransformChain::ModelFrame, Point2d(2.0, 3.0), CameraTransformChain::ScreenFrame, screen));
-    EXPECT_POINT_NEAR(screen, 20.0, 30.0);
-
-    Point2d scene;
-    ASSERT_TRUE(chain.transform(CameraTransformChain::ViewFrame, Point2d(70.0, 10.0), CameraTransformChain::ModelFrame, scene));
-    EXPECT_POINT_NEAR(scene, 2.0, 3.0);
 }
 
 TEST(CameraTransformChain, TheImageSpansMinusOneToOneInNormalisedUnits)
 {
     CameraTransformChain const chain = makeView();
-    Point2d corner;
     // The outer corner of the top left pixel lies half a pixel up and left of its centre.
-    ASSERT_TRUE(chain.transform(CameraTransformChain::ViewFrame, Point2d(-0.5, -0.5), CameraTransformChain::NormalizedFrame, corner));
-    EXPECT_POINT_NEAR(corner, -1.0, 1.0);
-    ASSERT_TRUE(chain.transform(CameraTransformChain::ViewFrame, Point2d(100.5, 80.5), CameraTransformChain::NormalizedFrame, corner));
-    EXPECT_POINT_NEAR(corner, 1.0, -1.0);
+    expectMaps(chain, kView, Point2d(-0.5, -0.5), CameraTransformChain::NormalizedFrame, -1.0, 1.0);
+    expectMaps(chain, kView, Point2d(100.5, 80.5), CameraTransformChain::NormalizedFrame, 1.0, -1.0);
 }
 
 TEST(CameraTransformChain, ZoomScalesAboutTheCentreOfTheView)
 {
     CameraTransformChain const chain = makeView(20.0);
-    Point2d pixel;
-    ASSERT_TRUE(chain.project(CameraTransformChain::ModelFrame, Point2d(2.0, 3.0), pixel));
-    EXPECT_POINT_NEAR(pixel, 90.0, -20.0);  // off the top of the view: still a valid map
+    expectMaps(chain, kModel, Point2d(2.0, 3.0), kView, 90.0, -20.0);  // off the top of the view: still a valid map
     EXPECT_NEAR(chain.pixelsPerUnit(CameraTransformChain::ModelFrame), 20.0, kTol);
     EXPECT_NEAR(chain.pixelsPerUnit(CameraTransformChain::ViewFrame), 1.0, kTol);
 }
@@ -96,25 +100,17 @@ TEST(CameraTransformChain, ModelAndViewMatricesApplyInOrder)
     ASSERT_TRUE(chain.setModelMatrix(translation(1.0, 0.0)));
     ASSERT_TRUE(chain.setViewMatrix(translation(0.0, 1.0).getInverse()));
 
-    Point2d pixel;
     // Model (1, 3) -> world (2, 3) -> camera (2, 2) -> screen (20, 20) -> view (70, 20).
-    ASSERT_TRUE(chain.project(CameraTransformChain::ModelFrame, Point2d(1.0, 3.0), pixel));
-    EXPECT_POINT_NEAR(pixel, 70.0, 20.0);
-    Point2d world;
-    ASSERT_TRUE(chain.transform(CameraTransformChain::ViewFrame, Point2d(70.0, 20.0), CameraTransformChain::WorldFrame, world));
-    EXPECT_POINT_NEAR(world, 2.0, 3.0);
-    Point2d camera;
-    ASSERT_TRUE(chain.transform(CameraTransformChain::ModelFrame, Point2d(1.0, 3.0), CameraTransformChain::CameraFrame, camera));
-    EXPECT_POINT_NEAR(camera, 2.0, 2.0);
+    expectMaps(chain, kModel, Point2d(1.0, 3.0), kView, 70.0, 20.0);
+    expectMaps(chain, kView, Point2d(70.0, 20.0), CameraTransformChain::WorldFrame, 2.0, 3.0);
+    expectMaps(chain, kModel, Point2d(1.0, 3.0), CameraTransformChain::CameraFrame, 2.0, 2.0);
 
     // A quarter turn of the model: its x axis points up the view.
     Matrix4x4 turn;
     turn.rotateDegrees(90.0);
     ASSERT_TRUE(chain.setModelMatrix(turn));
-    ASSERT_TRUE(chain.project(CameraTransformChain::ModelFrame, Point2d(1.0, 0.0), pixel));
-    EXPECT_POINT_NEAR(pixel, 50.0, 40.0);  // world (0, 1) is the camera's origin
-    ASSERT_TRUE(chain.project(CameraTransformChain::ModelFrame, Point2d(2.0, 0.0), pixel));
-    EXPECT_POINT_NEAR(pixel, 50.0, 30.0);
+    expectMaps(chain, kModel, Point2d(1.0, 0.0), kView, 50.0, 40.0);  // world (0, 1) is the camera's origin
+    expectMaps(chain, kModel, Point2d(2.0, 0.0), kView, 50.0, 30.0);
 }
 
 TEST(CameraTransformChain, PointsOfSpaceKeepTheirPixelsWhateverTheirDepth)
@@ -179,9 +175,7 @@ TEST(CameraTransformChain, MapsThatCannotBeMadeLeaveTheResultAlone)
     Matrix4x4 flat;
     flat.scale(0.0, 0.0);
     ASSERT_TRUE(chain.setModelMatrix(flat));
-    Point2d pixel;
-    ASSERT_TRUE(chain.project(CameraTransformChain::ModelFrame, Point2d(3.0, 4.0), pixel));
-    EXPECT_POINT_NEAR(pixel, 50.0, 40.0);
+    expectMaps(chain, kModel, Point2d(3.0, 4.0), kView, 50.0, 40.0);
 }
 
 TEST(CameraTransformChain, SettersRefuseValuesThatAreNotFinite)
@@ -228,7 +222,7 @@ TEST(CameraChainTransformCanvasBinder, TransformModelAppliesTheNewMatrixFirst)
 
     Point2d world;
     // (1, 0) is scaled to (2, 0), then moved to (3, 0).
-    ASSERT_TRUE(binder.cameraTransformChain().transform(CameraTransformChain::ModelFrame, Point2d(1.0, 0.0),
+    ASSERT_TRUE(binder.cameraTransformChain().transform(kModel, Point2d(1.0, 0.0),
                                                         CameraTransformChain::WorldFrame, world));
     EXPECT_POINT_NEAR(world, 3.0, 0.0);
 
