@@ -254,6 +254,13 @@ TEST(Evaluation, CurveBezierPiecesJoinSmoothlyAtTheElbow)
     ASSERT_TRUE(c.curve->getBeziers(MO_BaseContext(MO_FrameKey(11.0), 0), first, second, info));
     expectNear(first.controlPoint(2), Point2d(8, 0));
     expectNear(second.controlPoint(1), Point2d(20, 0));
+    // Evenly spaced points on a line: the middle of the piece is the middle of the line.
+    expectNear(second.pointAt(0, 0.5), Point2d(24, 0));
+    expectNear(second.pointAt(1, 0.5), Point2d());  // no second segment
+    expectNear(second.controlPoint(4), Point2d());
+    EXPECT_FALSE(second.setControlPoint(-1, Point2d(1, 1)));
+    EXPECT_EQ(GR_Bezier2d(2, 3, 1).controlPointCount(), 7);  // shared ends
+    EXPECT_EQ(GR_Bezier2d(2, 3, 0).controlPointCount(), 9);
 
     // Curves of another shape are refused and left as they were.
     GR_Bezier2d quadratic(2, 1, 1);
