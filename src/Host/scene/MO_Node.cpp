@@ -44,12 +44,18 @@ MO_Port *MO_Port::realSrcPort() const
 
 void MO_Port::realDstPorts(std::vector<MO_Port *> &list) const
 {
+    list.clear();
+    appendRealDstPorts(list);
+}
+
+void MO_Port::appendRealDstPorts(std::vector<MO_Port *> &list) const
+{
     for (MO_Port *dst : dsts_) {
         MO_Node *node = dst->node();
         if (node->isPassThrough()) {
             if (dst->index() == 0)
                 for (int o = 0; o < node->nOutPorts(); ++o)
-                    node->outPort(o)->realDstPorts(list);
+                    node->outPort(o)->appendRealDstPorts(list);
         } else {
             list.push_back(dst);
         }

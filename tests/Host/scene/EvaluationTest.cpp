@@ -346,8 +346,7 @@ TEST(Evaluation, PassThroughNodesAreLookedThrough)
     top->outPort(0)->realDstPorts(dsts);
     ASSERT_EQ(dsts.size(), 1u);
     EXPECT_EQ(dsts[0], bottom->inPort(0));
-    // The composite's second input does not pass through.
-    dsts.clear();
+    // The composite's second input does not pass through; the list is emptied first.
     side->outPort(0)->realDstPorts(dsts);
     EXPECT_TRUE(dsts.empty());
 

@@ -47,12 +47,13 @@ public:
     // The source of this input with pass-through nodes looked through: null when the chain
     // ends at a pass-through node with nothing linked to its port 0.
     MO_Port *realSrcPort() const;
-    // Appends to `list` the input ports this output feeds, with pass-through nodes looked
-    // through, depth first in link order. `list` is not emptied first.
+    // Fills `list` (emptied first) with the input ports this output feeds, with pass-through
+    // nodes looked through, depth first in link order.
     void realDstPorts(std::vector<MO_Port *> &list) const;
 
 private:
     friend class MO_Node;
+    void appendRealDstPorts(std::vector<MO_Port *> &list) const;
     MO_Node *node_;                // owner; the port lives exactly as long as it
     bool input_;
     int index_;
