@@ -1,17 +1,32 @@
 #include "skeleton/SkeletonDef.h"
 
+#include "skeleton/IKMetaData.h"
+
 #include <algorithm>
 
-// Modules carry no joint attributes yet, so every joint answers with the fallbacks. These two
-// functions are the only places that will reach a module's joint attributes when they exist.
+// The only two places that reach a module's joint attributes. Nothing is kept between calls: each
+// predicate reads the attributes' local values anew.
 JointAttr *SkeletonJointDef::jointAttr() const
 {
-    return nullptr;
+    IKMetaData const *metaData = IKToolUtil::getIKMetaDataForModule(module.get());
+    return metaData ? metaData->skeletonMetaData()->jointAttr() : nullptr;
 }
 
 std::optional<JointConstraints> SkeletonJointDef::readConstraints() const
 {
-    return std::nullopt;
+    JointAttr const *attr = jointAttr();
+    if (!attr)
+        return std::nullopt;
+    JointConstraints c;
+    c.holdPosition = attr->holdPositionAttr()->localValue();
+    c.holdOrientation = attr->holdOrientationAttr()->localValue();
+    c.useActualPosition = attr->useActualPositionAttr()->localValue();
+    c.blocker = attr->isBlocker()->localValue();
+    c.active = attr->activeAttr()->localValue();
+    c.positionGain = attr->holdPositionGainAttr()->localValue();
+    c.orientationGain = attr->holdOrientationGainAttr()->localValue();
+    c.mobility = attr->weightAttr()->localValue();
+    return c;
 }
 
 bool SkeletonJointDef::hasPositionTask() const
