@@ -109,7 +109,8 @@ void GameBoneModule::accept(MO_ModuleVisitor &visitor) { visitor.visit(*this); }
 
 CurveModule::CurveModule() : MO_DeformerModule(Keyword())
 {
-    AT_AttrMeta const &orientation1Meta = ownAttrMeta(QStringLiteral("orientation1"), QStringLiteral("Orientation 1"));
+    AT_AttrMeta const &orientation1Meta =
+        ownAttrMeta(QStringLiteral("orientation1"), QStringLiteral("Orientation 1"));
     AT_AttrMeta const &length0Meta = ownAttrMeta(QStringLiteral("length0"), QStringLiteral("Length 0"));
     AT_AttrMeta const &length1Meta = ownAttrMeta(QStringLiteral("length1"), QStringLiteral("Length 1"));
     orientation1_ = addOwnAttr(std::make_unique<AT_DoubleAttr>(this, orientation1Meta));
@@ -178,7 +179,9 @@ void OffsetModule::accept(MO_ModuleVisitor &visitor) { visitor.visit(*this); }
 
 MiniPegModule::MiniPegModule() : MO_DeformerModule(Keyword())
 {
-    AT_AttrMeta const &useLocalMeta = ownAttrMeta(QStringLiteral("useLocalReferential"), QStringLiteral("Use Local Referential"), AT_AttrMetaContainer::NotAnimatable);
+    AT_AttrMeta const &useLocalMeta = ownAttrMeta(QStringLiteral("useLocalReferential"),
+                                                  QStringLiteral("Use Local Referential"),
+                                                  AT_AttrMetaContainer::NotAnimatable);
     useLocal_ = addOwnAttr(std::make_unique<AT_BoolAttr>(this, useLocalMeta, true));
 }
 

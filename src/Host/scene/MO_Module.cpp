@@ -5,14 +5,7 @@
 #include "scene/MO_ModuleVisitor.h"
 #include "scene/SC_SceneMetrics.h"
 
-#include <cmath>
-
-namespace {
-AT_AttrMeta const &meta(char const *keyword, char const *displayName, int extraFlags = 0)
-{
-    return ownAttrMeta(QString::fromLatin1(keyword), QString::fromLatin1(displayName), extraFlags);
-}
-} // namespace
+#include <algorithm>
 
 // ---------------------------------------------------------------------------------------------
 // MO_Module
@@ -28,7 +21,8 @@ MO_PortTransformPtr MO_Module::getPortTransformation(MO_BaseContext const &conte
 {
     if (port >= static_cast<unsigned>(nOutPorts()))
         return nullptr;
-    CC_TransformationPtr parent = computeTransformationParent(context, static_cast<unsigned>(std::max(0, transformationInput(context.frame()))));
+    unsigned const input = static_cast<unsigned>(std::max(0, transformationInput(context.frame())));
+    CC_TransformationPtr parent = computeTransformationParent(context, input);
     return UT_MakeShared<MO_PortTransform>(compose(context, parent ? *parent : CC_Transformation()));
 }
 
@@ -116,14 +110,21 @@ Math::Angle3d MO_Module::readAngle(AT_Rotation3dAttr const *attr, double frame)
 MO_AnimatedModule::MO_AnimatedModule(QString typeKeyword, int inPorts, int outPorts)
     : MO_Module(std::move(typeKeyword), inPorts, outPorts)
 {
-    position_ = addOwnAttr(std::make_unique<AT_Position3dAttr>(this, meta("position", "Position")));
-    rotation_ = addOwnAttr(std::make_unique<AT_Rotation3dAttr>(this, meta("rotation", "Rotation")));
-    scale_ = addOwnAttr(std::make_unique<AT_Position2dAttr>(this, meta("scale", "Scale"), true, Math::Point2d(1.0, 1.0)));
-    pivot_ = addOwnAttr(std::make_unique<AT_Position2dAttr>(this, meta("pivot", "Pivot")));
-    excludedFromIK_ = addOwnAttr(std::make_unique<AT_BoolAttr>(
-        this, meta("excludeFromIK", "Exclude From IK", AT_AttrMetaContainer::NotAnimatable)));
-    canAnimate_ = addOwnAttr(std::make_unique<AT_BoolAttr>(
-        this, meta("CAN_ANIMATE", "Animate Using Animation Tools", AT_AttrMetaContainer::NotAnimatable), true));
+    AT_AttrMeta const &positionMeta = ownAttrMeta(QStringLiteral("position"), QStringLiteral("Position"));
+    AT_AttrMeta const &rotationMeta = ownAttrMeta(QStringLiteral("rotation"), QStringLiteral("Rotation"));
+    AT_AttrMeta const &scaleMeta = ownAttrMeta(QStringLiteral("scale"), QStringLiteral("Scale"));
+    AT_AttrMeta const &pivotMeta = ownAttrMeta(QStringLiteral("pivot"), QStringLiteral("Pivot"));
+    AT_AttrMeta const &excludedMeta = ownAttrMeta(QStringLiteral("excludeFromIK"), QStringLiteral("Exclude From IK"),
+                                                  AT_AttrMetaContainer::NotAnimatable);
+    AT_AttrMeta const &canAnimateMeta = ownAttrMeta(QStringLiteral("CAN_ANIMATE"),
+                                                    QStringLiteral("Animate Using Animation Tools"),
+                                                    AT_AttrMetaContainer::NotAnimatable);
+    position_ = addOwnAttr(std::make_unique<AT_Position3dAttr>(this, positionMeta));
+    rotation_ = addOwnAttr(std::make_unique<AT_Rotation3dAttr>(this, rotationMeta));
+    scale_ = addOwnAttr(std::make_unique<AT_Position2dAttr>(this, scaleMeta, true, Math::Point2d(1.0, 1.0)));
+    pivot_ = addOwnAttr(std::make_unique<AT_Position2dAttr>(this, pivotMeta));
+    excludedFromIK_ = addOwnAttr(std::make_unique<AT_BoolAttr>(this, excludedMeta));
+    canAnimate_ = addOwnAttr(std::make_unique<AT_BoolAttr>(this, canAnimateMeta, true));
 }
 
 MO_AnimatedModule::~MO_AnimatedModule() = default;
@@ -226,7 +227,8 @@ bool MO_ElementModule::isUsable() const
 
 MO_SwitchModule::MO_SwitchModule(int inputCount) : MO_Module(Keyword(), std::max(1, inputCount), 1)
 {
-    active_ = addOwnAttr(std::make_unique<AT_IntAttr>(this, meta("activeInput", "Active Input")));
+    AT_AttrMeta const &activeMeta = ownAttrMeta(QStringLiteral("activeInput"), QStringLiteral("Active Input"));
+    active_ = addOwnAttr(std::make_unique<AT_IntAttr>(this, activeMeta));
 }
 
 int MO_SwitchModule::transformationInput(double frame) const
