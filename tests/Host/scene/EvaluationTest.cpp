@@ -278,6 +278,12 @@ TEST(Evaluation, OffsetAndMiniPegFrames)
     expectPlaneMap(world(*offset, 2.0), Matrix2x3(0.5, -kHalfRoot3, 1, kHalfRoot3, 0.5, 0));
     expectPlaneMap(world(*offset, 3.0), Matrix2x3(0, -1, 1, 1, 0, 0));
 
+    // A drawing under a deformer is carried rigidly by the deformer's frame.
+    auto *element = add<MO_ElementModule>(scene, "element");
+    ASSERT_TRUE(MO_Node::connect(offset, 0, element, 0));
+    element->positionAttr()->setLocalValue(Math::Point3d(12.0, 0.0, 0.0));
+    expectNear(apply(world(*element, 3.0), Point2d(1, 0)), Point2d(1, 2));  // (1, 0) + Rz90 (2, 0)
+
     auto *mini = add<MiniPegModule>(scene, "mini");
     mini->offsetAttr()->setKeyframe(1, Point2d(0.0, 16.0));
     mini->offsetAttr()->setKeyframe(5, Point2d(24.0, 16.0));

@@ -121,6 +121,7 @@ TEST(SceneFile, UndoingASeriesOfChangesGivesTheLoadedFileAgain)
                         nullptr, peg->positionAttr(), 3.0, 1.0, 2.0, 0.0));
                     EXPECT_TRUE(AT_KeyframeCmds::AddKeyframe(nullptr, 6, peg->rotationAttr()));
                 } else if (auto *bone = dynamic_cast<BendyBoneModule *>(m)) {
+                    CO_CommandAccumScope nested(&manager, "Bend");  // joins the outer step
                     EXPECT_TRUE(AT_KeyframeCmds::AddKeyframe(nullptr, 7, bone->orientationAttr()));
                     commands += manager.execute(Attr::Double::createSetValueCurrentFrameCmd(
                         nullptr, bone->orientationAttr(), 7.0, -40.0));
@@ -134,6 +135,7 @@ TEST(SceneFile, UndoingASeriesOfChangesGivesTheLoadedFileAgain)
                 commands += manager.execute(std::move(cmd), "Delete Keyframe");
         }
         EXPECT_GE(commands, 6) << name;
+        EXPECT_EQ(manager.undoNames().first(), "Pose") << name;
         QByteArray const changed = TUSceneFile::write(*scene);
         EXPECT_NE(changed, original) << name;
 
