@@ -22,3 +22,5 @@
 #include "scene/MO_Node.h"
 #include "scene/PIO_XML.h"
 #include "scene/SC_SceneMetrics.h"
+#include "session/SC_Session.h"
+#include "session/TUSceneChangeManager.h"
