@@ -31,7 +31,7 @@ struct SC_Session::Impl {
     std::unique_ptr<SL_Selection> selection = std::make_unique<SL_Selection>();
     std::unique_ptr<SC_InteractiveDragManager> drags = std::make_unique<SC_InteractiveDragManager>(commands.get());
     std::unique_ptr<SelectionRelay> relay = std::make_unique<SelectionRelay>(changes.get());
-    Math::Matrix4x4 camera;  // scene to camera space
+    Math::Matrix4x4 camera;  // camera space to scene space
     double frame = 1.0;      // = the current frame; finite
 };
 

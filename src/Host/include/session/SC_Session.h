@@ -26,7 +26,8 @@ public:
     virtual ~SC_SceneCommon() = default;
     virtual CO_CommandManager *commandManager() const = 0;
     virtual TUSceneChangeManager *changeManager() const = 0;
-    // The camera's view matrix at a frame: from scene space to camera space.
+    // The camera's matrix at a frame: where the camera stands in the scene, from camera space to
+    // scene space. A view's view matrix (scene to camera) is its inverse.
     virtual Math::Matrix4x4 cameraMatrix(MO_FrameKey const &frame) const = 0;
 };
 
@@ -85,7 +86,7 @@ public:
     void setCurrentFrame(double frame) override;
     TUScene *currentScene() const override;
 
-    // The fixed camera of the scene: from scene space to camera space, the same at every frame.
+    // The fixed camera of the scene (camera space to scene space), the same at every frame.
     void setCameraMatrix(Math::Matrix4x4 const &matrix);
 
 private:
