@@ -20,19 +20,6 @@
 
 namespace {
 
-// Widgets need an application object; one serves every test of the process.
-class ApplicationEnvironment : public ::testing::Environment {
-public:
-    void SetUp() override
-    {
-        static int argc = 1;
-        static char name[] = "HostWidgetsTests";
-        static char *argv[] = {name, nullptr};
-        static QApplication application(argc, argv);
-    }
-};
-::testing::Environment *const environment = ::testing::AddGlobalTestEnvironment(new ApplicationEnvironment);
-
 void writeFile(QString const &path, QByteArray const &contents)
 {
     QDir().mkpath(QFileInfo(path).absolutePath());
