@@ -1,0 +1,429 @@
+#include "AH_MainWindow.h"
+
+#include "AH_Host.h"
+#include "AH_PreferencesDialog.h"
+#include "AH_Workspace.h"
+#include "action/AC_Manager.h"
+#include "command/CO_CommandManager.h"
+#include "panel/TP_ToolProperties.h"
+#include "plugin/PLUG_MenuService.h"
+#include "plugin/PLUG_ToolbarService.h"
+#include "scene/MO_Module.h"
+#include "scene/TUScene.h"
+#include "session/SC_Session.h"
+#include "session/SL_Selection.h"
+#include "session/TUSceneChangeManager.h"
+#include "tool/TO_ToolFactory.h"
+#include "view/VW_View.h"
+#include "view/VW_ViewWidget.h"
+#include "widgets/WID_IconManager.h"
+
+#include <QActionGroup>
+#include <QCloseEvent>
+#include <QDockWidget>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QListWidget>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QSlider>
+#include <QSpinBox>
+#include <QToolBar>
+
+#include <algorithm>
+
+namespace {
+
+// Titles of the menus plug-ins name by identifier.
+QString menuTitle(QString const &identifier)
+{
+    if (identifier == QLatin1String("INSERT_MENU_ID"))
+        return QObject::tr("Insert");
+    return identifier;
+}
+
+void collectNodes(TUGroup const *group, std::vector<MO_Node *> &nodes)
+{
+    for (auto it = group->subNodesBegin(); it != group->subNodesEnd(); ++it) {
+        if (auto *sub = dynamic_cast<TUGroup *>(it->get()))
+            collectNodes(sub, nodes);
+        else
+            nodes.push_back(it->get());
+    }
+}
+
+// The last frame worth showing on the timeline: the last key or exposure, at least 24.
+int sceneLength(TUScene const *scene)
+{
+    int last = 24;
+    std::vector<MO_Node *> nodes;
+    collectNodes(scene->getRootGroup(), nodes);
+    for (MO_Node *node : nodes) {
+        for (auto a = node->attrsBegin(); a != node->attrsEnd(); ++a)
+            for (int key : (*a)->keyframes())
+                last = std::max(last, key);
+        if (auto *element = dynamic_cast<MO_ElementModule *>(node))
+            for (auto const &entry : element->timing())
+                last = std::max(last, entry.first);
+    }
+    return last;
+}
+
+// A plug-in action shown in a menu or a toolbar.
+struct PluginAction {
+    QAction *action;
+    QString responder;
+    QString slot;
+};
+
+} // namespace
+
+struct AH_MainWindow::Impl {
+    Impl(AH_Workspace &w, AH_Host &h) : workspace(w), host(h) {}
+
+    AH_Workspace &workspace;
+    AH_Host &host;
+    VW_ViewWidget *viewWidget = nullptr;
+    QListWidget *nodeList = nullptr;
+    QSlider *timeline = nullptr;
+    QSpinBox *frameSpin = nullptr;
+    TP_ToolPropertiesReceiver *receiver = nullptr;
+    QToolBar *toolsBar = nullptr;
+    QActionGroup *toolGroup = nullptr;
+    QAction *undoAction = nullptr;
+    QAction *redoAction = nullptr;
+    std::vector<QMenu *> pluginMenus;
+    std::vector<QToolBar *> pluginToolbars;
+    std::vector<PluginAction> pluginActions;
+    QMetaObject::Connection changeConnections[2];
+    bool syncing = false;  // true while the window updates its widgets from the session
+
+    QAction *makePluginAction(PLUG_ActionEntry const &entry, QObject *parent, AH_MainWindow *window)
+    {
+        auto *action = new QAction(entry.text.isEmpty() ? entry.id : entry.text, parent);
+        action->setObjectName(entry.id);
+        action->setCheckable(entry.checkable);
+        if (!entry.icon.isEmpty()) {
+            QString const file = host.actionManager()->findImage(entry.icon);
+            QIcon const icon = file.isEmpty() ? WID_IconManager::instance().icon(entry.icon) : QIcon(file);
+            if (!icon.isNull())
+                action->setIcon(icon);
+        }
+        QString const responder = entry.responderIdentity, slot = entry.slot;
+        QObject::connect(action, &QAction::triggered, window, [this, window, responder, slot] {
+            host.actionManager()->trigger(responder, slot);
+            window->onValidateActions();
+        });
+        pluginActions.push_back({action, responder, slot});
+        return action;
+    }
+
+    void fillMenu(QMenu *menu, std::vector<PLUG_ActionEntry> const &entries, AH_MainWindow *window)
+    {
+        for (PLUG_ActionEntry const &entry : entries) {
+            if (entry.kind == PLUG_ActionEntry::Kind::Separator)
+                menu->addSeparator();
+            else if (entry.kind == PLUG_ActionEntry::Kind::Submenu)
+                fillMenu(menu->addMenu(entry.text.isEmpty() ? entry.id : entry.text), entry.children, window);
+            else
+                menu->addAction(makePluginAction(entry, menu, window));
+        }
+    }
+
+    void forgetActionsOf(QObject *owner)
+    {
+        pluginActions.erase(std::remove_if(pluginActions.begin(), pluginActions.end(),
+                                           [owner](PluginAction const &a) {
+                                               for (QObject *o = a.action; o; o = o->parent())
+                                                   if (o == owner)
+                                                       return true;
+                                               return false;
+                                           }),
+                            pluginActions.end());
+    }
+};
+
+AH_MainWindow::AH_MainWindow(AH_Workspace &workspace, AH_Host &host, QWidget *parent)
+    : QMainWindow(parent), d_(std::make_unique<Impl>(workspace, host))
+{
+    setObjectName(QStringLiteral("mainWindow"));
+    d_->viewWidget = new VW_ViewWidget(workspace.view(), this);
+    d_->viewWidget->setObjectName(QStringLiteral("cameraView"));
+    setCentralWidget(d_->viewWidget);
+
+    // Node list.
+    auto *nodesDock = new QDockWidget(tr("Nodes"), this);
+    nodesDock->setObjectName(QStringLiteral("nodesDock"));
+    d_->nodeList = new QListWidget(nodesDock);
+    d_->nodeList->setObjectName(QStringLiteral("nodeList"));
+    d_->nodeList->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    nodesDock->setWidget(d_->nodeList);
+    addDockWidget(Qt::LeftDockWidgetArea, nodesDock);
+    connect(d_->nodeList, &QListWidget::itemSelectionChanged, this, &AH_MainWindow::onNodeListSelectionChanged);
+
+    // Tool properties.
+    auto *toolDock = new QDockWidget(tr("Tool Properties"), this);
+    toolDock->setObjectName(QStringLiteral("toolPropertiesDock"));
+    d_->receiver = new TP_ToolPropertiesReceiver(toolDock);
+    d_->receiver->setObjectName(QStringLiteral("toolProperties"));
+    toolDock->setWidget(d_->receiver);
+    addDockWidget(Qt::RightDockWidgetArea, toolDock);
+
+    // Timeline.
+    auto *timelineDock = new QDockWidget(tr("Timeline"), this);
+    timelineDock->setObjectName(QStringLiteral("timelineDock"));
+    auto *timelineBox = new QWidget(timelineDock);
+    auto *timelineLayout = new QHBoxLayout(timelineBox);
+    timelineLayout->addWidget(new QLabel(tr("Frame"), timelineBox));
+    d_->frameSpin = new QSpinBox(timelineBox);
+    d_->frameSpin->setObjectName(QStringLiteral("frameSpin"));
+    d_->timeline = new QSlider(Qt::Horizontal, timelineBox);
+    d_->timeline->setObjectName(QStringLiteral("timeline"));
+    d_->timeline->setTickPosition(QSlider::TicksBelow);
+    timelineLayout->addWidget(d_->frameSpin);
+    timelineLayout->addWidget(d_->timeline, 1);
+    timelineDock->setWidget(timelineBox);
+    addDockWidget(Qt::BottomDockWidgetArea, timelineDock);
+    auto setFrame = [this](int frame) {
+        if (!d_->syncing)
+            d_->workspace.setFrame(frame, nullptr);
+    };
+    connect(d_->timeline, &QSlider::valueChanged, this, setFrame);
+    connect(d_->frameSpin, QOverload<int>::of(&QSpinBox::valueChanged), this, setFrame);
+
+    // Menus.
+    QMenu *file = menuBar()->addMenu(tr("&File"));
+    file->addAction(tr("&New"), this, [this] { d_->workspace.newScene(); }, QKeySequence::New);
+    file->addAction(tr("&Open..."), this, &AH_MainWindow::onOpen, QKeySequence::Open);
+    file->addAction(tr("&Save"), this, &AH_MainWindow::onSave, QKeySequence::Save);
+    file->addAction(tr("Save &As..."), this, &AH_MainWindow::onSaveAs, QKeySequence::SaveAs);
+    file->addSeparator();
+    file->addAction(tr("&Quit"), this, &QWidget::close, QKeySequence::Quit);
+    QMenu *edit = menuBar()->addMenu(tr("&Edit"));
+    d_->undoAction = edit->addAction(tr("Undo"), this, [this] { d_->workspace.undo(); }, QKeySequence::Undo);
+    d_->redoAction = edit->addAction(tr("Redo"), this, [this] { d_->workspace.redo(); }, QKeySequence::Redo);
+    edit->addSeparator();
+    edit->addAction(tr("&Preferences..."), this, &AH_MainWindow::onPreferences);
+
+    // Tools.
+    d_->toolsBar = addToolBar(tr("Tools"));
+    d_->toolsBar->setObjectName(QStringLiteral("toolsBar"));
+    d_->toolGroup = new QActionGroup(this);
+    for (TO_ToolFactory::Registration const &tool : TO_ToolFactory::instance().tools()) {
+        QIcon const icon = WID_IconManager::instance().icon(tool.descriptor.icon);
+        QAction *action = d_->toolsBar->addAction(icon, tool.descriptor.label.isEmpty() ? tool.descriptor.name : tool.descriptor.label);
+        action->setObjectName(tool.descriptor.name);
+        action->setCheckable(true);
+        action->setData(tool.id);
+        d_->toolGroup->addAction(action);
+        CX_ToolIds::ID const id = tool.id;
+        connect(action, &QAction::triggered, this, [id] {
+            CX_ToolRecord record = CX_Context::GetInstance().data();
+            record.toolId = id;
+            CX_Context::GetInstance().SetData(record, nullptr);
+        });
+    }
+
+    connect(&workspace, &AH_Workspace::sessionChanged, this, &AH_MainWindow::onSessionChanged);
+    connect(&workspace, &AH_Workspace::documentChanged, this, &AH_MainWindow::onDocumentChanged);
+    connect(&workspace, &AH_Workspace::toolChanged, this, &AH_MainWindow::onToolChanged);
+    connect(host.actionManager(), &AC_Manager::actionStatesChanged, this, &AH_MainWindow::onValidateActions);
+    connect(host.menus(), &PLUG_MenuModel::menuChanged, this, &AH_MainWindow::onPluginMenusChanged);
+    connect(host.toolbars(), &PLUG_ToolbarModel::toolbarsChanged, this, &AH_MainWindow::onPluginToolbarsChanged);
+
+    onPluginMenusChanged();
+    onPluginToolbarsChanged();
+    onSessionChanged();
+    onToolChanged();
+    resize(1100, 720);
+}
+
+AH_MainWindow::~AH_MainWindow() = default;
+
+void AH_MainWindow::reportError(QString const &title, QString const &message)
+{
+    QMessageBox::critical(this, title, message);
+}
+
+void AH_MainWindow::closeEvent(QCloseEvent *event)
+{
+    if (d_->workspace.isModified()) {
+        auto const answer = QMessageBox::question(this, tr("Unsaved changes"), tr("The scene has unsaved changes. Quit anyway?"));
+        if (answer != QMessageBox::Yes) {
+            event->ignore();
+            return;
+        }
+    }
+    event->accept();
+}
+
+void AH_MainWindow::onOpen()
+{
+    QString const path = QFileDialog::getOpenFileName(this, tr("Open Scene"), QFileInfo(d_->workspace.filePath()).absolutePath(),
+                                                      tr("Scenes (*.xml)"));
+    QString error;
+    if (!path.isEmpty() && !d_->workspace.open(path, &error))
+        reportError(tr("Cannot open the scene"), error);
+}
+
+void AH_MainWindow::onSave()
+{
+    if (d_->workspace.filePath().isEmpty())
+        return onSaveAs();
+    QString error;
+    if (!d_->workspace.save(d_->workspace.filePath(), &error))
+        reportError(tr("Cannot save the scene"), error);
+}
+
+void AH_MainWindow::onSaveAs()
+{
+    QString const path = QFileDialog::getSaveFileName(this, tr("Save Scene"), d_->workspace.filePath(), tr("Scenes (*.xml)"));
+    QString error;
+    if (!path.isEmpty() && !d_->workspace.save(path, &error))
+        reportError(tr("Cannot save the scene"), error);
+}
+
+void AH_MainWindow::onPreferences()
+{
+    AH_PreferencesDialog dialog(d_->host.preferenceUI(), this);
+    dialog.exec();
+}
+
+void AH_MainWindow::onSessionChanged()
+{
+    SC_Session *session = d_->workspace.session();
+    for (auto &c : d_->changeConnections)
+        disconnect(c);
+    TUSceneChangeManager *changes = session->changeManager();
+    d_->changeConnections[0] = connect(changes, &TUSceneChangeManager::selectionChanged, this, &AH_MainWindow::onSelectionChanged);
+    d_->changeConnections[1] = connect(changes, &TUSceneChangeManager::currentFrameChanged, this, &AH_MainWindow::onFrameChanged);
+
+    d_->syncing = true;
+    d_->nodeList->clear();
+    std::vector<MO_Node *> nodes;
+    collectNodes(session->scene()->getRootGroup(), nodes);
+    for (MO_Node *node : nodes) {
+        auto *item = new QListWidgetItem(QStringLiteral("%1  (%2)").arg(node->instanceName(), node->typeKeyword()), d_->nodeList);
+        item->setData(Qt::UserRole, node->instanceName());
+    }
+    int const last = sceneLength(session->scene());
+    d_->timeline->setRange(1, last);
+    d_->frameSpin->setRange(1, last);
+    d_->syncing = false;
+    onSelectionChanged();
+    onFrameChanged();
+    onDocumentChanged();
+}
+
+void AH_MainWindow::onDocumentChanged()
+{
+    CO_CommandManager *commands = d_->workspace.session()->commandManager();
+    d_->undoAction->setEnabled(commands->canUndo());
+    d_->undoAction->setText(commands->canUndo() ? tr("Undo %1").arg(commands->undoName()) : tr("Undo"));
+    d_->redoAction->setEnabled(commands->canRedo());
+    d_->redoAction->setText(commands->canRedo() ? tr("Redo %1").arg(commands->redoName()) : tr("Redo"));
+    QString const name = d_->workspace.filePath().isEmpty() ? tr("untitled") : QFileInfo(d_->workspace.filePath()).fileName();
+    setWindowTitle(QStringLiteral("%1[*] - animhost").arg(name));
+    setWindowModified(d_->workspace.isModified());
+    d_->viewWidget->update();
+}
+
+void AH_MainWindow::onSelectionChanged()
+{
+    std::vector<MO_Node *> const selected = d_->workspace.session()->getSelection()->nodes();
+    d_->syncing = true;
+    for (int i = 0; i < d_->nodeList->count(); ++i) {
+        QListWidgetItem *item = d_->nodeList->item(i);
+        MO_Node *node = d_->workspace.findNode(item->data(Qt::UserRole).toString());
+        item->setSelected(std::find(selected.begin(), selected.end(), node) != selected.end());
+    }
+    d_->syncing = false;
+    d_->receiver->selectionChanged();
+    d_->viewWidget->update();
+}
+
+void AH_MainWindow::onFrameChanged()
+{
+    int const frame = static_cast<int>(d_->workspace.session()->currentFrame());
+    d_->syncing = true;
+    d_->timeline->setValue(frame);
+    d_->frameSpin->setValue(frame);
+    d_->syncing = false;
+    d_->viewWidget->update();
+}
+
+void AH_MainWindow::onNodeListSelectionChanged()
+{
+    if (d_->syncing)
+        return;
+    QStringList names;
+    for (int i = 0; i < d_->nodeList->count(); ++i)
+        if (d_->nodeList->item(i)->isSelected())
+            names << d_->nodeList->item(i)->data(Qt::UserRole).toString();
+    d_->workspace.selectNodes(names, nullptr);
+}
+
+void AH_MainWindow::onToolChanged()
+{
+    CX_ToolIds::ID const id = d_->workspace.view()->toolId();
+    for (QAction *action : d_->toolGroup->actions())
+        action->setChecked(action->data().toInt() == id);
+    d_->receiver->setCurrentTool(id);
+    onValidateActions();
+}
+
+void AH_MainWindow::onValidateActions()
+{
+    for (PluginAction const &a : d_->pluginActions) {
+        bool enabled = false, checked = false;
+        bool const known = d_->host.actionManager()->actionState(a.responder, a.slot, enabled, checked);
+        a.action->setEnabled(known && enabled);
+        if (a.action->isCheckable())
+            a.action->setChecked(checked);
+    }
+}
+
+void AH_MainWindow::onPluginMenusChanged()
+{
+    for (QMenu *menu : d_->pluginMenus) {
+        d_->forgetActionsOf(menu);
+        menuBar()->removeAction(menu->menuAction());
+        menu->deleteLater();
+    }
+    d_->pluginMenus.clear();
+    for (QString const &identifier : d_->host.menus()->menuIdentifiers()) {
+        QMenu *menu = menuBar()->addMenu(menuTitle(identifier));
+        menu->setObjectName(identifier);
+        d_->fillMenu(menu, d_->host.menus()->menu(identifier), this);
+        connect(menu, &QMenu::aboutToShow, this, &AH_MainWindow::onValidateActions);
+        d_->pluginMenus.push_back(menu);
+    }
+    onValidateActions();
+}
+
+void AH_MainWindow::onPluginToolbarsChanged()
+{
+    for (QToolBar *bar : d_->pluginToolbars) {
+        d_->forgetActionsOf(bar);
+        removeToolBar(bar);
+        bar->deleteLater();
+    }
+    d_->pluginToolbars.clear();
+    for (QString const &name : d_->host.toolbars()->toolbarNames()) {
+        PLUG_ToolbarModel::Toolbar const *model = d_->host.toolbars()->toolbar(name);
+        if (!model)
+            continue;
+        QToolBar *bar = addToolBar(model->text.isEmpty() ? name : model->text);
+        bar->setObjectName(name);
+        for (PLUG_ActionEntry const &entry : model->entries) {
+            if (entry.kind == PLUG_ActionEntry::Kind::Separator)
+                bar->addSeparator();
+            else if (entry.kind == PLUG_ActionEntry::Kind::Item)
+                bar->addAction(d_->makePluginAction(entry, bar, this));
+        }
+        d_->pluginToolbars.push_back(bar);
+    }
+    onValidateActions();
+}

@@ -1,0 +1,236 @@
+#include "AH_Workspace.h"
+
+#include "command/CO_CommandManager.h"
+#include "plugin/PLUG_Services.h"
+#include "scene/AT_Attr.h"
+#include "scene/TUScene.h"
+#include "scene/TUSceneFile.h"
+#include "session/SC_Session.h"
+#include "session/SL_Selection.h"
+#include "tool/TO_ToolFactory.h"
+#include "view/VW_View.h"
+
+#include <cmath>
+
+namespace {
+
+// Tells the workspace whenever the undo stack of its session changes.
+class CommandRelay : public TUListener {
+public:
+    explicit CommandRelay(AH_Workspace *workspace) : workspace_(workspace) {}
+    void callBack(TUTeller *) override { emit workspace_->documentChanged(); }
+
+private:
+    AH_Workspace *workspace_;
+};
+
+bool fail(QString *error, QString const &message)
+{
+    if (error)
+        *error = message;
+    return false;
+}
+
+} // namespace
+
+struct AH_Workspace::Impl {
+    // The view refers to the session: it is declared after it and so destroyed before it.
+    std::unique_ptr<SC_Session> session;
+    std::unique_ptr<VW_View> view;
+    std::unique_ptr<CommandRelay> relay;
+    QString path;
+};
+
+AH_Workspace::AH_Workspace(QObject *parent) : QObject(parent), d_(std::make_unique<Impl>())
+{
+    d_->relay = std::make_unique<CommandRelay>(this);
+    d_->view = std::make_unique<VW_View>(nullptr);
+    install(std::make_unique<SC_Session>(std::make_unique<TUScene>()), QString());
+    phone(&CX_Context::GetInstance());
+    d_->view->setToolId(CX_Context::GetInstance().currentToolId());
+}
+
+AH_Workspace::~AH_Workspace()
+{
+    hangUpAll();
+    d_->relay->hangUpAll();
+    d_->view.reset();
+    PLUG_Services::setSessionContext(nullptr);
+    PLUG_Services::setSelection(nullptr);
+    PLUG_Services::setCurrentFrameInterface(nullptr);
+    PLUG_Services::setEditionStackInterface(nullptr);
+}
+
+void AH_Workspace::install(std::unique_ptr<SC_Session> session, QString const &path)
+{
+    // The view lets go of the old session (and its tool) before the session goes.
+    d_->view->setSession(nullptr);
+    d_->relay->hangUpAll();
+    d_->session = std::move(session);
+    d_->path = path;
+    SC_Session *s = d_->session.get();
+    PLUG_Services::setSessionContext(s);
+    PLUG_Services::setSelection(s->getSelection());
+    PLUG_Services::setCurrentFrameInterface(s);
+    PLUG_Services::setEditionStackInterface(s);
+    d_->relay->phone(s->commandManager());
+    d_->view->setSession(s);
+    emit sessionChanged();
+    emit documentChanged();
+}
+
+SC_Session *AH_Workspace::session() const
+{
+    return d_->session.get();
+}
+
+VW_View *AH_Workspace::view() const
+{
+    return d_->view.get();
+}
+
+QString AH_Workspace::filePath() const
+{
+    return d_->path;
+}
+
+bool AH_Workspace::isModified() const
+{
+    return d_->session->commandManager()->isModified();
+}
+
+bool AH_Workspace::open(QString const &path, QString *error)
+{
+    std::unique_ptr<TUScene> scene = TUSceneFile::readFile(path, error);
+    if (!scene)
+        return false;
+    install(std::make_unique<SC_Session>(std::move(scene)), path);
+    return true;
+}
+
+bool AH_Workspace::save(QString const &path, QString *error)
+{
+    if (path.isEmpty())
+        return fail(error, QStringLiteral("expected a file name to save to"));
+    if (!TUSceneFile::writeFile(*d_->session->scene(), path, error))
+        return false;
+    d_->path = path;
+    d_->session->commandManager()->setClean();
+    emit documentChanged();
+    return true;
+}
+
+void AH_Workspace::newScene()
+{
+    install(std::make_unique<SC_Session>(std::make_unique<TUScene>()), QString());
+}
+
+MO_Node *AH_Workspace::findNode(QString const &name) const
+{
+    return name.isEmpty() ? nullptr : d_->session->scene()->getRootGroup()->findNode(name);
+}
+
+AT_Attr *AH_Workspace::findAttr(MO_Node *node, QString const &path)
+{
+    if (!node || path.isEmpty())
+        return nullptr;
+    QStringList const parts = path.split(QLatin1Char('.'));
+    AT_Attr *attr = node->attr(parts.front());
+    for (int i = 1; attr && i < parts.size(); ++i) {
+        auto *complex = dynamic_cast<AT_ComplexAttr *>(attr);
+        attr = complex ? complex->findRegisteredAttr(parts[i]) : nullptr;
+    }
+    return attr;
+}
+
+bool AH_Workspace::selectNodes(QStringList const &names, QString *error)
+{
+    std::vector<MO_Node *> nodes;
+    for (QString const &name : names) {
+        MO_Node *node = findNode(name);
+        if (!node)
+            return fail(error, QStringLiteral("expected the name of a node of the scene, not \"%1\"").arg(name));
+        nodes.push_back(node);
+    }
+    CO_CommandManager *manager = d_->session->commandManager();
+    SL_Selection *selection = d_->session->getSelection();
+    CO_CommandAccumScope step(manager, QStringLiteral("Selection"));
+    SL_SelectionCommands::Scope scope(manager, selection);
+    selection->set(nodes);
+    return true;
+}
+
+bool AH_Workspace::setFrame(double frame, QString *error)
+{
+    if (!std::isfinite(frame))
+        return fail(error, QStringLiteral("expected a finite frame"));
+    d_->session->setCurrentFrame(frame);
+    return true;
+}
+
+bool AH_Workspace::setTool(QString const &name, QString *error)
+{
+    CX_ToolIds::ID const id = TO_ToolFactory::instance().idForName(name);
+    if (id == CX_ToolIds::None) {
+        QStringList known;
+        for (TO_ToolFactory::Registration const &r : TO_ToolFactory::instance().tools())
+            known << r.descriptor.name;
+        return fail(error, QStringLiteral("expected the name of a registered tool (%1), not \"%2\"")
+                               .arg(known.isEmpty() ? QStringLiteral("none registered") : known.join(QStringLiteral(", ")), name));
+    }
+    CX_ToolRecord record = CX_Context::GetInstance().data();
+    record.toolId = id;
+    CX_Context::GetInstance().SetData(record, nullptr);
+    return true;
+}
+
+bool AH_Workspace::setAttribute(QString const &node, QString const &attr, QString const &value, QString *error)
+{
+    MO_Node *n = findNode(node);
+    if (!n)
+        return fail(error, QStringLiteral("expected the name of a node of the scene, not \"%1\"").arg(node));
+    AT_Attr *a = findAttr(n, attr);
+    if (!a)
+        return fail(error, QStringLiteral("expected an attribute of \"%1\", not \"%2\"").arg(node, attr));
+    double const frame = d_->session->currentFrame();
+    if (a->textValue(frame) == value)
+        return true;  // nothing to change
+    std::unique_ptr<CO_Command> command = a->setTextValue(frame, value);
+    if (!command)
+        return fail(error, QStringLiteral("expected a value that \"%1\" of \"%2\" accepts, not \"%3\"").arg(attr, node, value));
+    d_->session->commandManager()->execute(std::move(command), QStringLiteral("Set Value"));
+    return true;
+}
+
+bool AH_Workspace::attributeText(QString const &node, QString const &attr, double frame, QString *text, QString *error)
+{
+    MO_Node *n = findNode(node);
+    if (!n)
+        return fail(error, QStringLiteral("expected the name of a node of the scene, not \"%1\"").arg(node));
+    AT_Attr *a = findAttr(n, attr);
+    if (!a)
+        return fail(error, QStringLiteral("expected an attribute of \"%1\", not \"%2\"").arg(node, attr));
+    if (!std::isfinite(frame))
+        return fail(error, QStringLiteral("expected a finite frame"));
+    *text = a->textValue(frame);
+    return true;
+}
+
+bool AH_Workspace::undo()
+{
+    return d_->session->commandManager()->undo();
+}
+
+bool AH_Workspace::redo()
+{
+    return d_->session->commandManager()->redo();
+}
+
+void AH_Workspace::callBack(TUTeller *)
+{
+    CX_ToolIds::ID const id = CX_Context::GetInstance().currentToolId();
+    if (id == d_->view->toolId())
+        return;
+    d_->view->setToolId(id);
+    emit toolChanged(d_->view->toolId());
+}

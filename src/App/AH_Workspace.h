@@ -1,0 +1,76 @@
+// The document side of animhost, shared by the window and by batch scripts: the open scene with
+// its session, the one camera view, and the operations a user performs on them (open, save,
+// select, set the frame, choose a tool, set an attribute). Each operation reports a failure as a
+// message without a source position; the caller adds the file and line it knows of.
+//
+// The workspace keeps the session services of PLUG_Services pointing at the open session, and
+// listens to CX_Context: whoever changes the current tool (the tool bar, a plug-in action, a
+// script) makes the view create that tool.
+#pragma once
+
+#include "base/TUTeller.h"
+#include "tool/CX_Context.h"
+
+#include <QObject>
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+
+class AT_Attr;
+class MO_Node;
+class SC_Session;
+class VW_View;
+
+class AH_Workspace : public QObject, public TUListener {
+    Q_OBJECT
+public:
+    explicit AH_Workspace(QObject *parent = nullptr);
+    ~AH_Workspace() override;
+
+    SC_Session *session() const;  // never null: an empty scene until one is opened
+    VW_View *view() const;        // never null
+    // The file the scene was opened from or last saved to; empty for a new scene.
+    QString filePath() const;
+    bool isModified() const;
+
+    // Replaces the open scene by the file's. On failure the open scene stays and `error` tells why
+    // ("<file>:<line>: expected ...").
+    bool open(QString const &path, QString *error);
+    bool save(QString const &path, QString *error);
+    void newScene();
+
+    // The node of that instance name, or null.
+    MO_Node *findNode(QString const &name) const;
+    // The attribute of a node by keyword; "a.b" names the sub-attribute b of a. Null when missing.
+    static AT_Attr *findAttr(MO_Node *node, QString const &path);
+
+    // Makes the selection exactly these nodes, as one undoable step "Selection". Unknown names
+    // are refused and nothing changes.
+    bool selectNodes(QStringList const &names, QString *error);
+    bool setFrame(double frame, QString *error);
+    // Makes the named tool current (CX_Context), as the tool bar does.
+    bool setTool(QString const &name, QString *error);
+    // Sets the attribute from text at the current frame, as one undoable step "Set Value".
+    bool setAttribute(QString const &node, QString const &attr, QString const &value, QString *error);
+    // The attribute's value at `frame` as text.
+    bool attributeText(QString const &node, QString const &attr, double frame, QString *text, QString *error);
+
+    bool undo();
+    bool redo();
+
+signals:
+    // A new scene was opened (the session object changed).
+    void sessionChanged();
+    // The undo stack changed: something was done, undone or redone.
+    void documentChanged();
+    // The view's current tool changed.
+    void toolChanged(CX_ToolIds::ID id);
+
+private:
+    void callBack(TUTeller *teller) override;
+    void install(std::unique_ptr<SC_Session> session, QString const &path);
+
+    struct Impl;
+    std::unique_ptr<Impl> d_;
+};

@@ -1,0 +1,68 @@
+// animhost: opens the plug-in and shows the window, or runs a batch script without a display.
+//
+//   animhost [--prefs PATH] [--plugins DIR] [SCENE]
+//   animhost --batch SCRIPT [--output DIR] [--prefs PATH] [--plugins DIR] [SCENE]
+//
+// Exit status: 0 on success; 1 when a scene or a script fails; 2 for a bad command line.
+#include "AH_BatchRunner.h"
+#include "AH_Host.h"
+#include "AH_MainWindow.h"
+#include "AH_Workspace.h"
+
+#include <QApplication>
+#include <QTextStream>
+#include <QTimer>
+
+#include <cstring>
+
+int main(int argc, char *argv[])
+{
+    bool batch = false;
+    for (int i = 1; i < argc; ++i)
+        batch = batch || std::strcmp(argv[i], "--batch") == 0;
+    // Batch runs need no display.
+    if (batch && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+
+    QApplication application(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("animhost"));
+    QTextStream err(stderr);
+
+    AH_Options options;
+    QString error;
+    if (!AH_Options::parse(QApplication::arguments(), options, &error)) {
+        err << "animhost: " << error << '\n' << AH_Options::usage() << '\n';
+        return 2;
+    }
+
+    AH_Host host;
+    host.startup(options);
+    int status = 0;
+    {
+        // The workspace (and the tool its view holds, perhaps made by the plug-in) goes before the
+        // plug-ins are unpolished.
+        AH_Workspace workspace;
+        bool const opened = options.sceneFile.isEmpty() || workspace.open(options.sceneFile, &error);
+        if (!options.batchScript.isEmpty()) {
+            QStringList errors;
+            if (!opened)
+                errors << error;
+            else {
+                AH_BatchRunner runner(workspace, host.actionManager());
+                runner.setOutputFolder(options.outputDir);
+                runner.runFile(options.batchScript, &errors);
+            }
+            for (QString const &message : errors)
+                err << message << '\n';
+            status = errors.isEmpty() ? 0 : 1;
+        } else {
+            AH_MainWindow window(workspace, host);
+            window.show();
+            if (!opened)
+                QTimer::singleShot(0, &window, [&window, error] { window.reportError(QObject::tr("Cannot open the scene"), error); });
+            status = QApplication::exec();
+        }
+    }
+    host.shutdown();
+    return status;
+}

@@ -1,0 +1,314 @@
+// Batch scripts end to end on a workspace, the workspace's tool switching, and the command line.
+#include "AH_BatchRunner.h"
+#include "AH_Host.h"
+#include "AH_Workspace.h"
+#include "command/CO_CommandManager.h"
+#include "scene/MO_Node.h"
+#include "session/SC_Session.h"
+#include "session/SL_Selection.h"
+#include "tool/TO_AbstractTool.h"
+#include "tool/TO_AbstractToolContext.h"
+#include "tool/TO_ToolFactory.h"
+#include "view/VW_View.h"
+
+#include <QDir>
+#include <QFile>
+#include <QImage>
+#include <QTemporaryDir>
+#include <QTextStream>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+QString const kArm = QStringLiteral(ANIM_SOURCE_DIR "/examples/scenes/arm.xml");
+
+QByteArray readAll(QString const &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// A tool that records the gestures that reach it, with what the view tells of the modifiers.
+class GestureTool : public TO_Tool {
+public:
+    explicit GestureTool(TO_AbstractToolContext *context) : TO_Tool(context) { last = this; }
+    ~GestureTool() override
+    {
+        if (last == this)
+            last = nullptr;
+    }
+    bool onMouseDown(GR_StylusPoint const &p) override { return record("down", p); }
+    bool onMouseMove(std::vector<GR_StylusPoint> const &ps) override { return record("move", ps.back()); }
+    bool onMouseUp(GR_StylusPoint const &p) override { return record("up", p); }
+    bool onKeyDown(int key, bool) override
+    {
+        log << QStringLiteral("key %1").arg(key);
+        return true;
+    }
+
+    static GestureTool *last;
+    QStringList log;
+
+private:
+    bool record(char const *what, GR_StylusPoint const &p)
+    {
+        TO_AbstractToolContext *c = context();
+        log << QStringLiteral("%1 %2 %3%4%5%6").arg(QLatin1String(what)).arg(p.position().x).arg(p.position().y)
+                   .arg(c->extendModifier() ? " shift" : "", c->keepModifier() ? " ctrl" : "", c->thirdModifier() ? " alt" : "");
+        return true;
+    }
+};
+GestureTool *GestureTool::last = nullptr;
+
+class GestureGenerator : public TO_ToolFactory::ToolGenerator {
+public:
+    std::unique_ptr<TO_Tool> createTool(TO_AbstractToolContext *context) override
+    {
+        return std::make_unique<GestureTool>(context);
+    }
+};
+
+CX_ToolIds::ID gestureToolId()
+{
+    static CX_ToolIds::ID const id = TO_ToolFactory::instance().registerTool(
+        {0, QStringLiteral("Gestures"), QStringLiteral("GestureTool"), QString(), 0, CX_ToolIds::None},
+        std::make_unique<GestureGenerator>());
+    return id;
+}
+
+class BatchTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(out.isValid());
+        runner.setOutputFolder(out.path());
+        runner.setOutput(&printed);
+    }
+
+    bool run(QString const &script)
+    {
+        errors.clear();
+        return runner.run(script, QStringLiteral("script.txt"), QStringLiteral(ANIM_SOURCE_DIR "/examples/scenes"), &errors);
+    }
+    QStringList selectionNames() const
+    {
+        QStringList names;
+        for (MO_Node *node : workspace.session()->getSelection()->nodes())
+            names << node->instanceName();
+        return names;
+    }
+
+    QTemporaryDir out;
+    AH_Workspace workspace;
+    AH_BatchRunner runner{workspace};
+    QString printedText;
+    QTextStream printed{&printedText};
+    QStringList errors;
+};
+
+TEST_F(BatchTest, OpensSelectsSetsUndoesAndSavesTheSceneItRead)
+{
+    ASSERT_TRUE(run(QStringLiteral(
+        "# comments and blank lines are skipped\n"
+        "\n"
+        "open arm.xml\n"
+        "select Hand UpperArm-P\n"
+        "expect-selection Hand UpperArm-P\n"
+        "frame 12\n"
+        "expect-frame 12\n"
+        "set UpperArm-P rotation 0, 0, 45\n"
+        "expect-value UpperArm-P rotation 12 0, 0, 45\n"
+        "expect-value UpperArm-P rotation 1 0,0,0\n"
+        "expect-undo Set Value\n"
+        "print UpperArm-P rotation 12\n"
+        "undo\n"
+        "expect-value UpperArm-P rotation 12 0, 0, -30\n"
+        "expect-undo Selection\n"
+        "undo\n"
+        "expect-selection\n"
+        "redo\n"
+        "expect-selection Hand UpperArm-P\n"
+        "undo\n"
+        "save copy.xml\n")))
+        << errors.join('\n').toStdString();
+    EXPECT_EQ(readAll(out.filePath(QStringLiteral("copy.xml"))), readAll(kArm));
+    EXPECT_EQ(printedText, QStringLiteral("UpperArm-P rotation 12: 0, 0, 45\n"));
+    EXPECT_FALSE(workspace.isModified());
+}
+
+TEST_F(BatchTest, RendersTheViewToPngAtTheSizeAsked)
+{
+    ASSERT_TRUE(run(QStringLiteral("open arm.xml\nframe 12\nrender shots/arm.png 160 120\nrender same-size.png\n")))
+        << errors.join('\n').toStdString();
+    QImage const image(out.filePath(QStringLiteral("shots/arm.png")));
+    ASSERT_FALSE(image.isNull());
+    EXPECT_EQ(image.size(), QSize(160, 120));
+    EXPECT_EQ(QImage(out.filePath(QStringLiteral("same-size.png"))).size(), QSize(160, 120));
+    // The upper arm's drawing starts at its peg, (-6, 4) field units = (-0.5, 0.25) OGL units,
+    // which lands on pixel (79.5 - 80 * 0.5, 59.5 - 80 * 0.25) of a 160 x 120 view; the corner is paper.
+    EXPECT_NE(image.pixelColor(41, 40), QColor(Qt::white));
+    EXPECT_EQ(image.pixelColor(2, 2), QColor(Qt::white));
+}
+
+TEST_F(BatchTest, GesturesReachTheToolThroughTheViewWithModifiers)
+{
+    gestureToolId();
+    ASSERT_TRUE(run(QStringLiteral(
+        "open arm.xml\n"
+        "view 200 100\n"
+        "tool GestureTool\n"
+        "expect-tool GestureTool\n"
+        "press 10 20 shift\n"
+        "move 30.5 40 ctrl+alt\n"
+        "release 31 41\n"
+        "press scene 0 0 alt\n"
+        "release scene 0 0\n"
+        "key Left\n")))
+        << errors.join('\n').toStdString();
+    ASSERT_NE(GestureTool::last, nullptr);
+    EXPECT_EQ(GestureTool::last->log,
+              QStringList({QStringLiteral("down 10 20 shift"), QStringLiteral("move 30.5 40 ctrl alt"),
+                           QStringLiteral("up 31 41"), QStringLiteral("down 99.5 49.5 alt"), QStringLiteral("up 99.5 49.5"),
+                           QStringLiteral("key %1").arg(int(Qt::Key_Left))}));
+}
+
+TEST_F(BatchTest, AToolChosenThroughTheCurrentToolRecordReachesTheView)
+{
+    CX_ToolIds::ID const id = gestureToolId();
+    CX_ToolRecord record;
+    record.toolId = CX_ToolIds::None;
+    CX_Context::GetInstance().SetData(record, nullptr);
+    EXPECT_EQ(workspace.view()->toolId(), CX_ToolIds::None);
+    record.toolId = id;
+    CX_Context::GetInstance().SetData(record, nullptr);  // as a plug-in's "select tool" action does
+    EXPECT_EQ(workspace.view()->toolId(), id);
+    ASSERT_NE(GestureTool::last, nullptr);
+    // A new scene makes the tool anew for the new session.
+    GestureTool const *before = GestureTool::last;
+    ASSERT_TRUE(run(QStringLiteral("open arm.xml\n")));
+    EXPECT_EQ(workspace.view()->toolId(), id);
+    EXPECT_NE(GestureTool::last, before);
+}
+
+// Each bad line is refused with its script and line, and nothing of the script runs.
+TEST_F(BatchTest, BadLinesAreEachRefusedWithTheirLineAndNothingRuns)
+{
+    QStringList const badLines = {
+        QStringLiteral("jump 1 2"),
+        QStringLiteral("frame"),
+        QStringLiteral("frame abc"),
+        QStringLiteral("frame nan"),
+        QStringLiteral("frame inf"),
+        QStringLiteral("frame -inf"),
+        QStringLiteral("press 1"),
+        QStringLiteral("press 1 2 hyper"),
+        QStringLiteral("press nan 2"),
+        QStringLiteral("move 1 inf"),
+        QStringLiteral("release scene 1"),
+        QStringLiteral("view -1 5"),
+        QStringLiteral("view 5 20000"),
+        QStringLiteral("render x.png 100"),
+        QStringLiteral("render x.png 0 10"),
+        QStringLiteral("key"),
+        QStringLiteral("key NoSuchKey"),
+        QStringLiteral("key Ctrl+"),
+        QStringLiteral("set Hand"),
+        QStringLiteral("undo now"),
+        QStringLiteral("pref someKey bool maybe"),
+        QStringLiteral("pref someKey int 1.5"),
+        QStringLiteral("pref someKey double nan"),
+        QStringLiteral("pref someKey colour red"),
+        QStringLiteral("print Hand rotation"),
+        QStringLiteral("print Hand rotation soon"),
+        QStringLiteral("expect-value Hand rotation nan 0"),
+        QStringLiteral("open \"arm.xml"),
+        QStringLiteral("save a.xml b.xml"),
+    };
+    for (QString const &bad : badLines) {
+        SCOPED_TRACE(bad.toStdString());
+        EXPECT_FALSE(run(QStringLiteral("open arm.xml\nselect Hand\n") + bad + QStringLiteral("\nsave never.xml\n")));
+        ASSERT_EQ(errors.size(), 1) << errors.join('\n').toStdString();
+        EXPECT_TRUE(errors[0].startsWith(QStringLiteral("script.txt:3: expected "))) << errors[0].toStdString();
+        // Nothing ran: the scene is still the empty one and nothing was written.
+        EXPECT_EQ(workspace.findNode(QStringLiteral("Hand")), nullptr);
+        EXPECT_TRUE(selectionNames().isEmpty());
+        EXPECT_FALSE(QFile::exists(out.filePath(QStringLiteral("never.xml"))));
+    }
+    // Every bad line of a script is reported, not only the first.
+    EXPECT_FALSE(run(QStringLiteral("frame x\nfly\nframe 2\n")));
+    EXPECT_EQ(errors.size(), 2);
+}
+
+// Lines that read well but fail when they run stop the script there, naming the line.
+TEST_F(BatchTest, FailuresWhileRunningStopTheScriptAtTheirLine)
+{
+    struct Case {
+        QString line;
+        QString expected;  // part of the message
+    };
+    std::vector<Case> const cases = {
+        {QStringLiteral("select Hand Nobody"), QStringLiteral("\"Nobody\"")},
+        {QStringLiteral("set Hand rotation banana"), QStringLiteral("\"banana\"")},
+        {QStringLiteral("set Hand noSuchAttr 1"), QStringLiteral("\"noSuchAttr\"")},
+        {QStringLiteral("set Nobody rotation 1"), QStringLiteral("\"Nobody\"")},
+        {QStringLiteral("tool NoSuchTool"), QStringLiteral("\"NoSuchTool\"")},
+        {QStringLiteral("redo"), QStringLiteral("a step to redo")},
+        {QStringLiteral("expect-selection Hand"), QStringLiteral("found \"Forearm\"")},
+        {QStringLiteral("expect-value Hand position 1 1, 2, 3"), QStringLiteral("found \"0, 0, 0\"")},
+        {QStringLiteral("expect-frame 3"), QStringLiteral("frame 3")},
+        {QStringLiteral("open missing.xml"), QStringLiteral("missing.xml")},
+        {QStringLiteral("action SomeResponder onActionDo()"), QStringLiteral("actions")},
+    };
+    for (Case const &c : cases) {
+        SCOPED_TRACE(c.line.toStdString());
+        EXPECT_FALSE(run(QStringLiteral("open arm.xml\nselect Forearm\n") + c.line + QStringLiteral("\nselect Hand\n")));
+        ASSERT_EQ(errors.size(), 1);
+        EXPECT_TRUE(errors[0].startsWith(QStringLiteral("script.txt:3: expected "))) << errors[0].toStdString();
+        EXPECT_TRUE(errors[0].contains(c.expected)) << errors[0].toStdString();
+        EXPECT_EQ(selectionNames(), QStringList{QStringLiteral("Forearm")});  // the line after did not run
+        EXPECT_EQ(workspace.session()->commandManager()->undoName(), QStringLiteral("Selection"));
+    }
+}
+
+TEST_F(BatchTest, ABadSceneFileIsReportedWithItsOwnLine)
+{
+    QFile bad(out.filePath(QStringLiteral("bad.xml")));
+    ASSERT_TRUE(bad.open(QIODevice::WriteOnly));
+    bad.write("<?xml version=\"1.0\"?>\n<scene version=\"1\">\n <group name=\"Top\">\n  <node type=\"BOGUS\" name=\"x\"/>\n");
+    bad.close();
+    EXPECT_FALSE(runner.run(QStringLiteral("open bad.xml\n"), QStringLiteral("s.txt"), out.path(), &errors));
+    ASSERT_EQ(errors.size(), 1);
+    EXPECT_TRUE(errors[0].startsWith(QStringLiteral("s.txt:1: expected a scene file that reads: "))) << errors[0].toStdString();
+    EXPECT_TRUE(errors[0].contains(QStringLiteral("bad.xml:3: expected <metrics>"))) << errors[0].toStdString();
+
+    errors.clear();
+    EXPECT_FALSE(runner.runFile(out.filePath(QStringLiteral("no-script.txt")), &errors));
+    ASSERT_EQ(errors.size(), 1);
+    EXPECT_TRUE(errors[0].contains(QStringLiteral("no-script.txt")));
+}
+
+TEST(CommandLine, ReadsOptionsAndRefusesWhatItDoesNotKnow)
+{
+    AH_Options options;
+    QString error;
+    ASSERT_TRUE(AH_Options::parse({"animhost", "--prefs", "p.xml", "--batch", "s.txt", "--output", "o", "scene.xml"}, options, &error));
+    EXPECT_EQ(options.prefsPath, QStringLiteral("p.xml"));
+    EXPECT_EQ(options.batchScript, QStringLiteral("s.txt"));
+    EXPECT_EQ(options.outputDir, QStringLiteral("o"));
+    EXPECT_EQ(options.sceneFile, QStringLiteral("scene.xml"));
+    EXPECT_FALSE(options.pluginsDir.isEmpty());  // the build's plug-ins folder by default
+
+    ASSERT_TRUE(AH_Options::parse({"animhost", "--plugins", "/somewhere"}, options, &error));
+    EXPECT_EQ(options.pluginsDir, QStringLiteral("/somewhere"));
+    EXPECT_TRUE(options.batchScript.isEmpty());
+
+    for (QStringList const &bad : {QStringList{"animhost", "--colour"}, QStringList{"animhost", "--batch"},
+                                   QStringList{"animhost", "a.xml", "b.xml"}}) {
+        error.clear();
+        EXPECT_FALSE(AH_Options::parse(bad, options, &error)) << bad.join(' ').toStdString();
+        EXPECT_FALSE(error.isEmpty());
+    }
+}
+
+} // namespace
