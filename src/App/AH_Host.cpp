@@ -22,7 +22,9 @@ bool AH_Options::parse(QStringList const &arguments, AH_Options &options, QStrin
     QCommandLineOption plugins(QStringLiteral("plugins"), QString(), QStringLiteral("DIR"));
     QCommandLineOption batch(QStringLiteral("batch"), QString(), QStringLiteral("SCRIPT"));
     QCommandLineOption output(QStringLiteral("output"), QString(), QStringLiteral("DIR"));
-    parser.addOptions({prefs, plugins, batch, output});
+    QCommandLineOption screenshot(QStringLiteral("screenshot"), QString(), QStringLiteral("FILE"));
+    QCommandLineOption run(QStringLiteral("run"), QString(), QStringLiteral("SCRIPT"));
+    parser.addOptions({prefs, plugins, batch, output, screenshot, run});
     parser.addPositionalArgument(QStringLiteral("scene"), QString());
     if (!parser.parse(arguments)) {
         *error = parser.errorText();
@@ -37,12 +39,14 @@ bool AH_Options::parse(QStringList const &arguments, AH_Options &options, QStrin
     options.batchScript = parser.value(batch);
     options.outputDir = parser.value(output);
     options.sceneFile = parser.positionalArguments().value(0);
+    options.screenshot = parser.value(screenshot);
+    options.startScript = parser.value(run);
     return true;
 }
 
 QString AH_Options::usage()
 {
-    return QStringLiteral("usage: animhost [--prefs PATH] [--plugins DIR] [--batch SCRIPT [--output DIR]] [SCENE]");
+    return QStringLiteral("usage: animhost [--prefs PATH] [--plugins DIR] [--batch SCRIPT [--output DIR] | --run SCRIPT] [--screenshot FILE] [SCENE]");
 }
 
 struct AH_Host::Impl {

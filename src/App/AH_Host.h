@@ -24,6 +24,8 @@ struct AH_Options {
     QString batchScript;  // --batch SCRIPT; empty: the window
     QString outputDir;    // --output DIR: where batch scripts save and render relative paths
     QString sceneFile;    // the scene to open, if any
+    QString screenshot;   // --screenshot FILE: the window saves a picture of itself there and quits
+    QString startScript;  // --run SCRIPT: a batch script run in the window's session before it shows
 
     // Reads the arguments (the program name first). False with `error` for an unknown option, a
     // missing value or more than one scene file.

@@ -169,6 +169,7 @@ AH_MainWindow::AH_MainWindow(AH_Workspace &workspace, AH_Host &host, QWidget *pa
     d_->receiver = new TP_ToolPropertiesReceiver(toolDock);
     d_->receiver->setObjectName(QStringLiteral("toolProperties"));
     toolDock->setWidget(d_->receiver);
+    toolDock->setMinimumWidth(260);
     addDockWidget(Qt::RightDockWidgetArea, toolDock);
 
     // Timeline.

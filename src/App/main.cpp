@@ -2,6 +2,9 @@
 //
 //   animhost [--prefs PATH] [--plugins DIR] [SCENE]
 //   animhost --batch SCRIPT [--output DIR] [--prefs PATH] [--plugins DIR] [SCENE]
+//   animhost [--run SCRIPT] [--screenshot FILE] [SCENE]
+//       --run: the script's gestures are played in the window's session before it shows;
+//       --screenshot: the window saves a picture of itself and quits.
 //
 // Exit status: 0 on success; 1 when a scene or a script fails; 2 for a bad command line.
 #include "AH_BatchRunner.h"
@@ -58,9 +61,29 @@ int main(int argc, char *argv[])
         } else {
             AH_MainWindow window(workspace, host);
             window.show();
+            QStringList errors;
             if (!opened)
-                QTimer::singleShot(0, &window, [&window, error] { window.reportError(QObject::tr("Cannot open the scene"), error); });
-            status = QApplication::exec();
+                errors << error;
+            else if (!options.startScript.isEmpty()) {
+                AH_BatchRunner runner(workspace, host.actionManager());
+                runner.setOutputFolder(options.outputDir);
+                runner.runFile(options.startScript, &errors);
+            }
+            if (!errors.isEmpty())
+                QTimer::singleShot(0, &window, [&window, errors] {
+                    window.reportError(QObject::tr("animhost could not start as asked"), errors.join(QLatin1Char('\n')));
+                });
+            if (!options.screenshot.isEmpty())
+                // Once the window is laid out and painted.
+                QTimer::singleShot(1000, &window, [&window, &status, &err, path = options.screenshot] {
+                    if (!window.grab().save(path, "PNG")) {
+                        err << "animhost: expected a PNG file that can be written, not \"" << path << "\"\n";
+                        status = 1;
+                    }
+                    QApplication::quit();
+                });
+            int const result = QApplication::exec();
+            status = status ? status : result;
         }
     }
     host.shutdown();
