@@ -24,6 +24,7 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QListWidget>
 #include <QMenuBar>
@@ -258,6 +259,14 @@ void AH_MainWindow::closeEvent(QCloseEvent *event)
         }
     }
     event->accept();
+}
+
+void AH_MainWindow::keyPressEvent(QKeyEvent *event)
+{
+    int const code = event->key() | int(event->modifiers() & ~Qt::KeypadModifier);
+    if (event->isAutoRepeat() || d_->host.actionManager()->handleShortcut(code) == AC_Result::NotHandled)
+        return QMainWindow::keyPressEvent(event);
+    onValidateActions();
 }
 
 void AH_MainWindow::onOpen()

@@ -22,6 +22,8 @@ public:
 
 protected:
     void closeEvent(QCloseEvent *event) override;
+    // Keys that neither the view's tool nor a widget used go to the shortcuts of the actions.
+    void keyPressEvent(QKeyEvent *event) override;
 
 private slots:
     void onOpen();

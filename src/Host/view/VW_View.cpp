@@ -83,6 +83,19 @@ Qt::CursorShape cursorShape(int cursor)
     }
 }
 
+// Marks a render or pick pass as under way for its lifetime (or until end()).
+class DrawingPass {
+public:
+    explicit DrawingPass(bool &flag) : flag_(flag) { flag_ = true; }
+    ~DrawingPass() { flag_ = false; }
+    void end() { flag_ = false; }
+    DrawingPass(DrawingPass const &) = delete;
+    DrawingPass &operator=(DrawingPass const &) = delete;
+
+private:
+    bool &flag_;
+};
+
 } // namespace
 
 // Radius in pixels of the ring that marks a selected module's origin.
@@ -106,6 +119,7 @@ struct VW_View::Impl {
     UT_SharedPtr<SLB_SelectableDescriptor> lastDescriptor;  // result of the last pick
     int lastHandle = -1;                                    // the tool's answer for its nearest id
     int dragSteps = 0;
+    bool drawing = false;  // a render or pick pass is under way: the binder is set up for it
 
     TUScene *scene() const { return session ? session->scene() : nullptr; }
     double frame() const { return session ? session->currentFrame() : 1.0; }
@@ -237,6 +251,9 @@ TO_Tool *VW_View::tool() const
 QImage const &VW_View::render()
 {
     Impl &d = *d_;
+    if (d.drawing)
+        return d.canvas.image();  // asked again from inside a pass: the pass goes on
+    DrawingPass pass(d.drawing);
     d.binder.setCanvas(&d.canvas);
     d.canvas.clear(kPaperColor);
     d.setUpCamera();
@@ -278,7 +295,10 @@ MO_Module *VW_View::moduleForPickId(unsigned int id) const
 UT_SharedPtr<SLB_SelectableDescriptor> VW_View::pick(UT_Point const &point, bool commit, int)
 {
     Impl &d = *d_;
+    if (d.drawing)
+        return nullptr;  // a tool that picks while it draws finds nothing
     // The pick pass.
+    DrawingPass pass(d.drawing);
     d.pickCanvas.resize(d.width, d.height);
     d.pickCanvas.setPickingMode(true);
     d.pickCanvas.clear(VS_RGBA(0, 0, 0, 0));
@@ -308,6 +328,7 @@ UT_SharedPtr<SLB_SelectableDescriptor> VW_View::pick(UT_Point const &point, bool
         }
     }
     d.binder.setCanvas(&d.canvas);
+    pass.end();
 
     // The ids around the point, nearest first (ties in reading order), each once.
     struct Hit {
@@ -349,8 +370,9 @@ UT_SharedPtr<SLB_SelectableDescriptor> VW_View::pick(UT_Point const &point, bool
 
 CC_CameraChainTransformCanvasBinder *VW_View::canvasBinder()
 {
-    // Tools map points at any time, not only while drawing: keep the camera up to date.
-    if (!d_->binder.canvas() || d_->binder.canvas() == &d_->canvas)
+    // Tools map points at any time, not only while drawing: outside a pass, bring the camera up
+    // to date. Careful: never during a pass, where it would undo the model matrix the tool set.
+    if (!d_->drawing)
         d_->setUpCamera();
     return &d_->binder;
 }
@@ -485,7 +507,9 @@ double VW_View::currentFrame() const
 
 void VW_View::requestRedraw()
 {
-    emit redrawRequested();
+    // A tool that asks from inside its draw would make every paint schedule the next one.
+    if (!d_->drawing)
+        emit redrawRequested();
 }
 
 int VW_View::registerCursor(QCursor *cursor)

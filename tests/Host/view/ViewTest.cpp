@@ -109,6 +109,16 @@ public:
     void draw(PickMode mode) override
     {
         ++(mode == PickingMode ? pickDraws : normalDraws);
+        {
+            // The binder keeps what the tool set while the pass lasts, however often it is asked for.
+            CC_CameraChainTransformCanvasBinder &binder = *context()->canvasBinder();
+            CC_CameraChainTransformCanvasBinder::Scope scope(binder);
+            Math::Matrix4x4 m;
+            m.translate(1.0, 2.0);
+            binder.setModelMatrix(m);
+            modelKept = context()->canvasBinder()->modelMatrix() == m;
+            context()->requestRedraw();  // ignored during a pass
+        }
         if (!drawHandle)
             return;
         VU_Painter painter(*context()->canvasBinder());
@@ -122,6 +132,7 @@ public:
     static ProbeTool *last;  // the tool made most recently, while it lives
     SLB_SelectablePickAdaptor handles;
     bool drawHandle = false;
+    bool modelKept = false;
     std::vector<Event> events;
     std::vector<std::pair<unsigned int, bool>> scans;
     std::vector<int> keys;
@@ -189,8 +200,12 @@ TEST(ViewRender, TheToolDrawsAfterTheSceneAndTheViewMapsPointsBothWays)
     ASSERT_NE(tool, nullptr);
     EXPECT_EQ(tool->activations, 1);
     tool->drawHandle = true;
+    int redraws = 0;
+    QObject::connect(&view, &VW_View::redrawRequested, [&redraws] { ++redraws; });
     QImage const image = view.render();
     EXPECT_EQ(tool->normalDraws, 1);
+    EXPECT_TRUE(tool->modelKept);
+    EXPECT_EQ(redraws, 0);
     EXPECT_EQ(pixelOf(image, 10, 10), VS_RGBA(255, 0, 0));
 
     Math::Point2d scene;
