@@ -135,16 +135,14 @@ bool checkPoint(QStringList const &a, QString &why)
     return true;
 }
 
-bool checkNumbers(QStringList const &a, int from, int count, QString const &what, QString &why)
+// A check that the word at `index` is a finite frame number.
+std::function<bool(QStringList const &, QString &)> frameAt(int index)
 {
-    for (int i = from; i < from + count && i < a.size(); ++i) {
+    return [index](QStringList const &a, QString &why) {
         double v = 0.0;
-        if (!toNumber(a[i], v)) {
-            why = what;
-            return false;
-        }
-    }
-    return true;
+        why = QStringLiteral("a finite frame number");
+        return toNumber(a[index], v);
+    };
 }
 
 bool checkSize(QStringList const &a, int from, QString &why)
@@ -168,9 +166,7 @@ std::map<QString, Syntax> const &syntaxTable()
         {QStringLiteral("save"), {1, 1, QStringLiteral("FILE"), none}},
         {QStringLiteral("select"), {0, -1, QStringLiteral("[NODE...]"), none}},
         {QStringLiteral("frame"), {1, 1, QStringLiteral("N"),
-                                   [](QStringList const &a, QString &why) {
-                                       return checkNumbers(a, 0, 1, QStringLiteral("a finite frame number"), why);
-                                   }}},
+                                   frameAt(0)}},
         {QStringLiteral("tool"), {1, 1, QStringLiteral("NAME"), none}},
         {QStringLiteral("view"), {2, 2, QStringLiteral("WIDTH HEIGHT"),
                                   [](QStringList const &a, QString &why) { return checkSize(a, 0, why); }}},
@@ -194,9 +190,7 @@ std::map<QString, Syntax> const &syntaxTable()
                                         return a.size() == 1 || checkSize(a, 1, why);
                                     }}},
         {QStringLiteral("print"), {3, 3, QStringLiteral("NODE ATTRIBUTE FRAME"),
-                                   [](QStringList const &a, QString &why) {
-                                       return checkNumbers(a, 2, 1, QStringLiteral("a finite frame number"), why);
-                                   }}},
+                                   frameAt(2)}},
         {QStringLiteral("pref"), {3, -1, QStringLiteral("KEY bool|int|double|string VALUE"),
                                   [](QStringList const &a, QString &why) {
                                       QString const type = a[1];
@@ -216,15 +210,11 @@ std::map<QString, Syntax> const &syntaxTable()
         {QStringLiteral("action"), {2, 2, QStringLiteral("RESPONDER SLOT"), none}},
         {QStringLiteral("expect-selection"), {0, -1, QStringLiteral("[NODE...]"), none}},
         {QStringLiteral("expect-frame"), {1, 1, QStringLiteral("N"),
-                                          [](QStringList const &a, QString &why) {
-                                              return checkNumbers(a, 0, 1, QStringLiteral("a finite frame number"), why);
-                                          }}},
+                                          frameAt(0)}},
         {QStringLiteral("expect-tool"), {1, 1, QStringLiteral("NAME"), none}},
         {QStringLiteral("expect-undo"), {0, -1, QStringLiteral("[STEP NAME]"), none}},
         {QStringLiteral("expect-value"), {4, -1, QStringLiteral("NODE ATTRIBUTE FRAME VALUE"),
-                                          [](QStringList const &a, QString &why) {
-                                              return checkNumbers(a, 2, 1, QStringLiteral("a finite frame number"), why);
-                                          }}},
+                                          frameAt(2)}},
     };
     return table;
 }

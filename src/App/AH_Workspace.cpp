@@ -31,6 +31,11 @@ bool fail(QString *error, QString const &message)
     return false;
 }
 
+QString unknownNode(QString const &name)
+{
+    return QStringLiteral("expected the name of a node of the scene, not \"%1\"").arg(name);
+}
+
 } // namespace
 
 struct AH_Workspace::Impl {
@@ -149,7 +154,7 @@ bool AH_Workspace::selectNodes(QStringList const &names, QString *error)
     for (QString const &name : names) {
         MO_Node *node = findNode(name);
         if (!node)
-            return fail(error, QStringLiteral("expected the name of a node of the scene, not \"%1\"").arg(name));
+            return fail(error, unknownNode(name));
         nodes.push_back(node);
     }
     CO_CommandManager *manager = d_->session->commandManager();
@@ -184,14 +189,24 @@ bool AH_Workspace::setTool(QString const &name, QString *error)
     return true;
 }
 
-bool AH_Workspace::setAttribute(QString const &node, QString const &attr, QString const &value, QString *error)
+AT_Attr *AH_Workspace::nodeAttr(QString const &node, QString const &attr, QString *error) const
 {
     MO_Node *n = findNode(node);
-    if (!n)
-        return fail(error, QStringLiteral("expected the name of a node of the scene, not \"%1\"").arg(node));
+    if (!n) {
+        fail(error, unknownNode(node));
+        return nullptr;
+    }
     AT_Attr *a = findAttr(n, attr);
     if (!a)
-        return fail(error, QStringLiteral("expected an attribute of \"%1\", not \"%2\"").arg(node, attr));
+        fail(error, QStringLiteral("expected an attribute of \"%1\", not \"%2\"").arg(node, attr));
+    return a;
+}
+
+bool AH_Workspace::setAttribute(QString const &node, QString const &attr, QString const &value, QString *error)
+{
+    AT_Attr *a = nodeAttr(node, attr, error);
+    if (!a)
+        return false;
     double const frame = d_->session->currentFrame();
     if (a->textValue(frame) == value)
         return true;  // nothing to change
@@ -204,12 +219,9 @@ bool AH_Workspace::setAttribute(QString const &node, QString const &attr, QStrin
 
 bool AH_Workspace::attributeText(QString const &node, QString const &attr, double frame, QString *text, QString *error)
 {
-    MO_Node *n = findNode(node);
-    if (!n)
-        return fail(error, QStringLiteral("expected the name of a node of the scene, not \"%1\"").arg(node));
-    AT_Attr *a = findAttr(n, attr);
+    AT_Attr *a = nodeAttr(node, attr, error);
     if (!a)
-        return fail(error, QStringLiteral("expected an attribute of \"%1\", not \"%2\"").arg(node, attr));
+        return false;
     if (!std::isfinite(frame))
         return fail(error, QStringLiteral("expected a finite frame"));
     *text = a->textValue(frame);

@@ -68,6 +68,8 @@ signals:
     void toolChanged(CX_ToolIds::ID id);
 
 private:
+    // The attribute `attr` of the node named `node`; null with `error` set when either is missing.
+    AT_Attr *nodeAttr(QString const &node, QString const &attr, QString *error) const;
     void callBack(TUTeller *teller) override;
     void install(std::unique_ptr<SC_Session> session, QString const &path);
 

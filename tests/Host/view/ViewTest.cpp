@@ -164,11 +164,25 @@ CX_ToolIds::ID probeToolId()
     return id;
 }
 
-TEST(ViewRender, PaintsEachDrawingUnderItsWorldMatrixAtTheCurrentFrame)
+// A view of 101 by 81 pixels on the box scene.
+class ViewTest : public ::testing::Test {
+protected:
+    void SetUp() override { view.resize(101, 81); }
+    // Makes the probe tool current in the view and gives it.
+    ProbeTool *useProbe()
+    {
+        EXPECT_TRUE(view.setToolId(probeToolId()));
+        EXPECT_NE(ProbeTool::last, nullptr);
+        return ProbeTool::last;
+    }
+    MO_Node *box() const { return session->scene()->getRootGroup()->findNode(QStringLiteral("Box")); }
+
+    std::unique_ptr<SC_Session> session = boxSession();
+    VW_View view{session.get()};
+};
+
+TEST_F(ViewTest, RenderPaintsEachDrawingUnderItsWorldMatrixAtTheCurrentFrame)
 {
-    auto session = boxSession();
-    VW_View view(session.get());
-    view.resize(101, 81);
     QImage image = view.render();
     ASSERT_EQ(image.size(), QSize(101, 81));
 
@@ -190,14 +204,9 @@ TEST(ViewRender, PaintsEachDrawingUnderItsWorldMatrixAtTheCurrentFrame)
     EXPECT_EQ(pixelOf(view.render(), 50, 40), VW_View::kPaperColor);
 }
 
-TEST(ViewRender, TheToolDrawsAfterTheSceneAndTheViewMapsPointsBothWays)
+TEST_F(ViewTest, TheToolDrawsAfterTheSceneAndTheViewMapsPointsBothWays)
 {
-    auto session = boxSession();
-    VW_View view(session.get());
-    view.resize(101, 81);
-    ASSERT_TRUE(view.setToolId(probeToolId()));
-    ProbeTool *tool = ProbeTool::last;
-    ASSERT_NE(tool, nullptr);
+    ProbeTool *tool = useProbe();
     EXPECT_EQ(tool->activations, 1);
     tool->drawHandle = true;
     int redraws = 0;
@@ -223,23 +232,18 @@ TEST(ViewRender, TheToolDrawsAfterTheSceneAndTheViewMapsPointsBothWays)
     EXPECT_EQ(view.toolId(), CX_ToolIds::None);
 }
 
-TEST(ViewPick, FindsTheModuleUnderThePointAndTellsTheToolItsId)
+TEST_F(ViewTest, PickFindsTheModuleUnderThePointAndTellsTheToolItsId)
 {
-    auto session = boxSession();
-    VW_View view(session.get());
-    view.resize(101, 81);
-    ASSERT_TRUE(view.setToolId(probeToolId()));
-    ProbeTool *tool = ProbeTool::last;
-    MO_Node *box = session->scene()->getRootGroup()->findNode(QStringLiteral("Box"));
+    ProbeTool *tool = useProbe();
 
     QPoint const centre = expectedPixel(0.5, 0.25, 101, 81);
     UT_SharedPtr<SLB_SelectableDescriptor> hit = view.pick(UT_Point(centre.x(), centre.y()), true, 0);
     auto *module = dynamic_cast<SLB_ModuleDescriptor *>(hit.get());
     ASSERT_NE(module, nullptr);
-    EXPECT_EQ(module->module(), box->toModule());
+    EXPECT_EQ(module->module(), box()->toModule());
     EXPECT_EQ(tool->pickDraws, 1);
     ASSERT_EQ(tool->scans.size(), 1u);
-    EXPECT_EQ(view.moduleForPickId(tool->scans[0].first), box->toModule());
+    EXPECT_EQ(view.moduleForPickId(tool->scans[0].first), box()->toModule());
     EXPECT_TRUE(tool->scans[0].second);
     EXPECT_EQ(view.pickedHandle(hit), -1);  // the tool does not own the module's id
 
@@ -258,13 +262,9 @@ TEST(ViewPick, FindsTheModuleUnderThePointAndTellsTheToolItsId)
     EXPECT_TRUE(tool->scans.empty());
 }
 
-TEST(ViewPick, ToolHandlesAreFoundWithoutADescriptorAndTheNearestIdComesLast)
+TEST_F(ViewTest, PickFindsToolHandlesWithoutADescriptorAndTellsTheNearestIdLast)
 {
-    auto session = boxSession();
-    VW_View view(session.get());
-    view.resize(101, 81);
-    ASSERT_TRUE(view.setToolId(probeToolId()));
-    ProbeTool *tool = ProbeTool::last;
+    ProbeTool *tool = useProbe();
     tool->drawHandle = true;
 
     UT_SharedPtr<SLB_SelectableDescriptor> hit = view.pick(UT_Point(10, 10), true, 0);
@@ -277,7 +277,6 @@ TEST(ViewPick, ToolHandlesAreFoundWithoutADescriptorAndTheNearestIdComesLast)
     // With the camera placed so that the box's square touches the handle, both are found; the
     // tool hears the farther first and the nearer last, and the descriptor is the box's.
     Math::Matrix4x4 camera;
-    QPoint const c = expectedPixel(0.5, 0.25, 101, 81);
     double const k = std::min(101 / 2.0, 81 / 1.5);
     camera.translate(0.5 - (10 + 4 - 50) / k, 0.25 + (10 - 40) / k);  // the box centred on (14, 10)
     session->setCameraMatrix(camera);
@@ -285,18 +284,13 @@ TEST(ViewPick, ToolHandlesAreFoundWithoutADescriptorAndTheNearestIdComesLast)
     hit = view.pick(UT_Point(11, 10), true, 0);
     ASSERT_NE(hit, nullptr);
     ASSERT_EQ(tool->scans.size(), 2u);
-    EXPECT_EQ(view.moduleForPickId(tool->scans[0].first), session->scene()->getRootGroup()->findNode("Box")->toModule());
+    EXPECT_EQ(view.moduleForPickId(tool->scans[0].first), box()->toModule());
     EXPECT_EQ(tool->scans[1].first, tool->handles.pickingId() + 1);
-    (void)c;
 }
 
-TEST(ViewEvents, PressMoveAndReleaseReachTheToolInViewPixelsWithModifiers)
+TEST_F(ViewTest, PressMoveAndReleaseReachTheToolInViewPixelsWithModifiers)
 {
-    auto session = boxSession();
-    VW_View view(session.get());
-    view.resize(200, 100);
-    ASSERT_TRUE(view.setToolId(probeToolId()));
-    ProbeTool *tool = ProbeTool::last;
+    ProbeTool *tool = useProbe();
     int redraws = 0;
     QObject::connect(&view, &VW_View::redrawRequested, [&redraws] { ++redraws; });
 
@@ -333,7 +327,7 @@ TEST(ViewEvents, PressMoveAndReleaseReachTheToolInViewPixelsWithModifiers)
     EXPECT_DOUBLE_EQ(view.currentFrame(), 7.5);
 }
 
-TEST(ViewEvents, CustomCursorsGetValuesFromCustomFirstAndANullCursorIsRefused)
+TEST(ViewCursors, CustomGetValuesFromCustomFirstAndANullCursorIsRefused)
 {
     VW_View view(nullptr, TO_AbstractToolContext::DrawingView);
     EXPECT_EQ(view.viewKind(), TO_AbstractToolContext::DrawingView);
@@ -356,15 +350,11 @@ TEST(ViewEvents, CustomCursorsGetValuesFromCustomFirstAndANullCursorIsRefused)
     EXPECT_EQ(view.pick(UT_Point(0, 0), true, 0), nullptr);
 }
 
-TEST(ViewRender, SelectedModulesAreMarked)
+TEST_F(ViewTest, SelectedModulesAreMarked)
 {
-    auto session = boxSession();
-    VW_View view(session.get());
-    view.resize(101, 81);
     QPoint const centre = expectedPixel(0.5, 0.25, 101, 81);
-    MO_Node *box = session->scene()->getRootGroup()->findNode(QStringLiteral("Box"));
     QImage const before = view.render().copy();
-    session->getSelection()->add(box);
+    session->getSelection()->add(box());
     QImage const after = view.render();
     EXPECT_NE(before, after);
     // The drawing's box is outlined and its origin ringed; inside, the drawing still shows.
