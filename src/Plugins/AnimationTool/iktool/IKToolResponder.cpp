@@ -1,6 +1,7 @@
 #include "iktool/IKToolResponder.h"
 
 #include "iktool/IKTool.h"
+#include "iktool/IKToolSettings.h"
 
 IKToolResponder &IKToolResponder::instance()
 {
@@ -34,10 +35,17 @@ void IKToolResponder::onActionSelectNewIKTool()
     CX_Context::GetInstance().SetData(record, nullptr);
 }
 
-// The tool's settings follow the selection and the root's node once they exist; until then the
-// notifications have nothing to update.
+// The skeleton root follows the selection once skeletons can be found from it (extraction).
 void IKToolResponder::onSelectionChanged() {}
-void IKToolResponder::onNodesChanged(const TUNodeSet &) {}
+
+// A change of the root's node repaints the tool and refreshes the panel; other joints' nodes do not.
+void IKToolResponder::onNodesChanged(const TUNodeSet &nodes)
+{
+    IKToolSettings &settings = IKToolSettings::instance();
+    MO_Module *root = settings.skeletonRoot();
+    if (root && nodes.find(root) != nodes.end())
+        emit settings.settingsChanged();
+}
 
 // Empty by design: the connections exist without an effect.
 void IKToolResponder::onCurrentFrameChanged() {}
