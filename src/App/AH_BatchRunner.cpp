@@ -3,6 +3,7 @@
 #include "AH_Workspace.h"
 #include "action/AC_Manager.h"
 #include "command/CO_CommandManager.h"
+#include "panel/TP_ToolProperties.h"
 #include "preference/PR_Preference.h"
 #include "scene/MO_Node.h"
 #include "session/SC_Session.h"
@@ -10,7 +11,11 @@
 #include "tool/TO_ToolFactory.h"
 #include "view/VW_View.h"
 
+#include <QAbstractButton>
+#include <QComboBox>
 #include <QDir>
+#include <QLabel>
+#include <QLineEdit>
 #include <QFile>
 #include <QFileInfo>
 #include <QImage>
@@ -158,6 +163,35 @@ bool checkSize(QStringList const &a, int from, QString &why)
     return true;
 }
 
+bool checkWidgetAction(QStringList const &a, QString &why)
+{
+    QString const &action = a[1];
+    QString const value = a.mid(2).join(QLatin1Char(' '));
+    double v = 0.0;
+    why = QStringLiteral("\"click\", \"check true|false\", \"value N\" (a finite number) or \"text TEXT\"");
+    if (action == QLatin1String("click"))
+        return a.size() == 2;
+    if (action == QLatin1String("check"))
+        return value == QLatin1String("true") || value == QLatin1String("false");
+    if (action == QLatin1String("value"))
+        return a.size() == 3 && toNumber(value, v);
+    return action == QLatin1String("text");
+}
+
+// What a widget of a panel shows, as text: a check state, a text, or a value.
+QString widgetText(QWidget *w)
+{
+    if (auto *button = qobject_cast<QAbstractButton *>(w))
+        return button->isCheckable() ? QString::fromLatin1(button->isChecked() ? "true" : "false") : button->text();
+    if (auto *line = qobject_cast<QLineEdit *>(w))
+        return line->text();
+    if (auto *label = qobject_cast<QLabel *>(w))
+        return label->text();
+    if (auto *combo = qobject_cast<QComboBox *>(w))
+        return combo->currentText();
+    return w->property("value").toString();
+}
+
 std::map<QString, Syntax> const &syntaxTable()
 {
     auto none = [](QStringList const &, QString &) { return true; };
@@ -212,6 +246,8 @@ std::map<QString, Syntax> const &syntaxTable()
         {QStringLiteral("expect-frame"), {1, 1, QStringLiteral("N"),
                                           frameAt(0)}},
         {QStringLiteral("expect-tool"), {1, 1, QStringLiteral("NAME"), none}},
+        {QStringLiteral("widget"), {2, -1, QStringLiteral("NAME click | check true|false | value N | text TEXT"), checkWidgetAction}},
+        {QStringLiteral("expect-widget"), {1, -1, QStringLiteral("NAME VALUE"), none}},
         {QStringLiteral("expect-undo"), {0, -1, QStringLiteral("[STEP NAME]"), none}},
         {QStringLiteral("expect-value"), {4, -1, QStringLiteral("NODE ATTRIBUTE FRAME VALUE"),
                                           frameAt(2)}},
@@ -222,10 +258,12 @@ std::map<QString, Syntax> const &syntaxTable()
 } // namespace
 
 struct AH_BatchRunner::Impl {
-    Impl(AH_Workspace &w, AC_Manager *a) : workspace(w), actions(a) {}
+    Impl(AH_Workspace &w, AC_Manager *a, TP_ToolPropertiesReceiver *p) : workspace(w), actions(a), panels(p) {}
 
     AH_Workspace &workspace;
     AC_Manager *actions;
+    TP_ToolPropertiesReceiver *panels;                      // not owned; may be ownPanels
+    std::unique_ptr<TP_ToolPropertiesReceiver> ownPanels;  // made when a script needs one
     QString outputFolder;
     QTextStream *out = nullptr;
     QString inputFolder;
@@ -252,11 +290,74 @@ struct AH_BatchRunner::Impl {
         return true;
     }
 
+    // The widget of that object name in the panel of the view's tool, or null with `why` set.
+    QWidget *panelWidget(QString const &name, QString &why)
+    {
+        if (!panels) {
+            ownPanels = std::make_unique<TP_ToolPropertiesReceiver>();
+            panels = ownPanels.get();
+        }
+        CX_ToolIds::ID const tool = workspace.view()->toolId();
+        if (panels->currentTool() != tool)
+            panels->setCurrentTool(tool);
+        TP_ToolPropertiesPanel *panel = panels->currentPanel();
+        QWidget *content = panel ? panel->contentWidget() : nullptr;
+        QWidget *found = !content ? nullptr : content->objectName() == name ? content : content->findChild<QWidget *>(name);
+        if (!found)
+            why = QStringLiteral("expected a widget named \"%1\" in the panel of the current tool").arg(name);
+        return found;
+    }
+    bool actOnWidget(QStringList const &a, QString &why);
+
     bool execute(QString const &command, QStringList const &a, QString &why);
 };
 
-AH_BatchRunner::AH_BatchRunner(AH_Workspace &workspace, AC_Manager *actions)
-    : d_(std::make_unique<Impl>(workspace, actions))
+bool AH_BatchRunner::Impl::actOnWidget(QStringList const &a, QString &why)
+{
+    QWidget *w = panelWidget(a[0], why);
+    if (!w)
+        return false;
+    QString const &action = a[1];
+    QString const value = a.mid(2).join(QLatin1Char(' '));
+    auto *button = qobject_cast<QAbstractButton *>(w);
+    if (!w->isEnabled()) {
+        why = QStringLiteral("expected the widget \"%1\" to be enabled").arg(a[0]);
+        return false;
+    }
+    // Buttons are clicked as a user would, so that they emit what a click emits.
+    if (action == QLatin1String("click") && button) {
+        button->click();
+        return true;
+    }
+    if (action == QLatin1String("check") && button && button->isCheckable()) {
+        if (button->isChecked() != (value == QLatin1String("true")))
+            button->click();
+        return true;
+    }
+    if (action == QLatin1String("value")) {
+        if (auto *combo = qobject_cast<QComboBox *>(w)) {
+            int const index = value.toInt();
+            if (index >= 0 && index < combo->count()) {
+                combo->setCurrentIndex(index);
+                return true;
+            }
+        } else if (w->metaObject()->indexOfProperty("value") >= 0 && w->setProperty("value", value.toDouble())) {
+            return true;
+        }
+    }
+    if (action == QLatin1String("text")) {
+        if (auto *line = qobject_cast<QLineEdit *>(w)) {
+            line->setText(value);
+            emit line->editingFinished();
+            return true;
+        }
+    }
+    why = QStringLiteral("expected a widget that can \"%1\", not the %2 \"%3\"").arg(action, QLatin1String(w->metaObject()->className()), a[0]);
+    return false;
+}
+
+AH_BatchRunner::AH_BatchRunner(AH_Workspace &workspace, AC_Manager *actions, TP_ToolPropertiesReceiver *panels)
+    : d_(std::make_unique<Impl>(workspace, actions, panels))
 {
 }
 
@@ -480,6 +581,19 @@ bool AH_BatchRunner::Impl::execute(QString const &command, QStringList const &a,
         if (view->toolId() != CX_ToolIds::None && TO_ToolFactory::instance().idForName(a[0]) == view->toolId())
             return true;
         why = QStringLiteral("expected the tool \"%1\" in the view").arg(a[0]);
+        return false;
+    }
+    if (command == QLatin1String("widget"))
+        return actOnWidget(a, why);
+    if (command == QLatin1String("expect-widget")) {
+        QWidget *w = panelWidget(a[0], why);
+        if (!w)
+            return false;
+        QString const wanted = a.mid(1).join(QLatin1Char(' '));
+        QString const shown = widgetText(w);
+        if (sameValue(shown, wanted))
+            return true;
+        why = QStringLiteral("expected the widget \"%1\" to show \"%2\", found \"%3\"").arg(a[0], wanted, shown);
         return false;
     }
     if (command == QLatin1String("expect-undo")) {

@@ -18,11 +18,15 @@
 class AC_Manager;
 class AH_Workspace;
 class QTextStream;
+class TP_ToolPropertiesReceiver;
 
 class AH_BatchRunner {
 public:
-    // `actions` may be null: keys then reach the tool only, and "action" lines fail.
-    explicit AH_BatchRunner(AH_Workspace &workspace, AC_Manager *actions = nullptr);
+    // `actions` may be null: keys then reach the tool only, and "action" lines fail. `panels` is
+    // where "widget" lines find the current tool's panel (the window's dock); null: the runner
+    // makes a hidden one of its own when a script first needs it. Neither is owned.
+    explicit AH_BatchRunner(AH_Workspace &workspace, AC_Manager *actions = nullptr,
+                            TP_ToolPropertiesReceiver *panels = nullptr);
     ~AH_BatchRunner();
     AH_BatchRunner(AH_BatchRunner const &) = delete;
     AH_BatchRunner &operator=(AH_BatchRunner const &) = delete;

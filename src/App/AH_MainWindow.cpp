@@ -244,6 +244,11 @@ AH_MainWindow::AH_MainWindow(AH_Workspace &workspace, AH_Host &host, QWidget *pa
 
 AH_MainWindow::~AH_MainWindow() = default;
 
+TP_ToolPropertiesReceiver *AH_MainWindow::toolProperties() const
+{
+    return d_->receiver;
+}
+
 void AH_MainWindow::reportError(QString const &title, QString const &message)
 {
     QMessageBox::critical(this, title, message);

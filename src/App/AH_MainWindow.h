@@ -10,6 +10,7 @@
 
 class AH_Host;
 class AH_Workspace;
+class TP_ToolPropertiesReceiver;
 
 class AH_MainWindow : public QMainWindow {
     Q_OBJECT
@@ -17,6 +18,8 @@ public:
     AH_MainWindow(AH_Workspace &workspace, AH_Host &host, QWidget *parent = nullptr);
     ~AH_MainWindow() override;
 
+    // The tool properties dock's content.
+    TP_ToolPropertiesReceiver *toolProperties() const;
     // Shows a failure to the user.
     void reportError(QString const &title, QString const &message);
 

@@ -65,7 +65,7 @@ int main(int argc, char *argv[])
             if (!opened)
                 errors << error;
             else if (!options.startScript.isEmpty()) {
-                AH_BatchRunner runner(workspace, host.actionManager());
+                AH_BatchRunner runner(workspace, host.actionManager(), window.toolProperties());
                 runner.setOutputFolder(options.outputDir);
                 runner.runFile(options.startScript, &errors);
             }

@@ -3,6 +3,7 @@
 #include "AH_Host.h"
 #include "AH_Workspace.h"
 #include "command/CO_CommandManager.h"
+#include "panel/TP_ToolProperties.h"
 #include "scene/MO_Node.h"
 #include "session/SC_Session.h"
 #include "session/SL_Selection.h"
@@ -14,6 +15,7 @@
 #include <QDir>
 #include <QFile>
 #include <QImage>
+#include <QPushButton>
 #include <QTemporaryDir>
 #include <QTextStream>
 
@@ -224,6 +226,11 @@ TEST_F(BatchTest, BadLinesAreEachRefusedWithTheirLineAndNothingRuns)
         QStringLiteral("expect-value Hand rotation nan 0"),
         QStringLiteral("open \"arm.xml"),
         QStringLiteral("save a.xml b.xml"),
+        QStringLiteral("widget go"),
+        QStringLiteral("widget flag check maybe"),
+        QStringLiteral("widget count value nan"),
+        QStringLiteral("widget count value 1 2"),
+        QStringLiteral("widget go click twice"),
     };
     for (QString const &bad : badLines) {
         SCOPED_TRACE(bad.toStdString());
@@ -286,6 +293,82 @@ TEST_F(BatchTest, ABadSceneFileIsReportedWithItsOwnLine)
     EXPECT_FALSE(runner.runFile(out.filePath(QStringLiteral("no-script.txt")), &errors));
     ASSERT_EQ(errors.size(), 1);
     EXPECT_TRUE(errors[0].contains(QStringLiteral("no-script.txt")));
+}
+
+// The panel of the gesture tool: a form with a check box, a line, a spin box and a button.
+class GesturePanel : public TP_ToolPropertiesPanel {
+public:
+    GesturePanel(TP_ToolPropertiesReceiver *receiver, QString ui) : TP_ToolPropertiesPanel(receiver), ui_(std::move(ui)) {}
+    int clicks = 0;
+
+protected:
+    void load_internal() override
+    {
+        if (QWidget *content = createContentWidget(ui_))
+            QObject::connect(content->findChild<QPushButton *>(QStringLiteral("go")), &QPushButton::clicked, [this] { ++clicks; });
+    }
+
+private:
+    QString ui_;
+};
+
+class GesturePanelFactory : public TP_ToolPropertiesPanelFactory {
+public:
+    GesturePanelFactory(QString ui, GesturePanel **made) : ui_(std::move(ui)), made_(made) {}
+    void create(TP_ToolPropertiesReceiver *receiver) override
+    {
+        auto *panel = new GesturePanel(receiver, ui_);
+        panel->load();
+        registerPanelForTool(receiver, gestureToolId(), panel);
+        addPanelInPlaceholder(receiver, panel);
+        *made_ = panel;
+    }
+
+private:
+    QString ui_;
+    GesturePanel **made_;
+};
+
+TEST_F(BatchTest, WidgetLinesActOnThePanelOfTheCurrentToolByObjectName)
+{
+    QFile ui(out.filePath(QStringLiteral("panel.ui")));
+    ASSERT_TRUE(ui.open(QIODevice::WriteOnly));
+    ui.write(R"(<ui version="4.0"><class>Panel</class><widget class="QWidget" name="Panel"><layout class="QVBoxLayout">
+<item><widget class="QCheckBox" name="flag"/></item>
+<item><widget class="QLineEdit" name="label"/></item>
+<item><widget class="QSpinBox" name="count"><property name="maximum"><number>50</number></property></widget></item>
+<item><widget class="QPushButton" name="go"/></item>
+</layout></widget></ui>)");
+    ui.close();
+    GesturePanel *panel = nullptr;
+    TP_ToolPropertiesPanelFactory::addPanelFactory(std::make_unique<GesturePanelFactory>(ui.fileName(), &panel));
+    gestureToolId();
+
+    bool const ran = run(QStringLiteral(
+        "open arm.xml\n"
+        "tool GestureTool\n"
+        "widget flag check true\n"
+        "widget flag check true\n"
+        "expect-widget flag true\n"
+        "widget label text left arm\n"
+        "expect-widget label left arm\n"
+        "widget count value 12\n"
+        "expect-widget count 12\n"
+        "widget go click\n"
+        "widget go click\n"));
+    EXPECT_TRUE(ran) << errors.join('\n').toStdString();
+    ASSERT_NE(panel, nullptr);
+    EXPECT_EQ(panel->clicks, 2);
+
+    // A widget the panel lacks, or one that cannot do what is asked, stops the script there.
+    EXPECT_FALSE(run(QStringLiteral("widget nothing click\n")));
+    ASSERT_EQ(errors.size(), 1);
+    EXPECT_TRUE(errors[0].contains(QStringLiteral("\"nothing\""))) << errors[0].toStdString();
+    EXPECT_FALSE(run(QStringLiteral("widget label check true\n")));
+    EXPECT_FALSE(run(QStringLiteral("expect-widget count 13\n")));
+    EXPECT_FALSE(run(QStringLiteral("widget count twist\n")));  // read before running: not an action
+    EXPECT_TRUE(errors[0].startsWith(QStringLiteral("script.txt:1: expected \"click\""))) << errors[0].toStdString();
+    TP_ToolPropertiesPanelFactory::clearPanelFactories();
 }
 
 TEST(CommandLine, ReadsOptionsAndRefusesWhatItDoesNotKnow)
