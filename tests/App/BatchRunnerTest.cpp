@@ -2,6 +2,7 @@
 #include "AH_BatchRunner.h"
 #include "AH_Host.h"
 #include "AH_Workspace.h"
+#include "TestTools.h"
 #include "command/CO_CommandManager.h"
 #include "panel/TP_ToolProperties.h"
 #include "scene/MO_Node.h"
@@ -63,20 +64,9 @@ private:
 };
 GestureTool *GestureTool::last = nullptr;
 
-class GestureGenerator : public TO_ToolFactory::ToolGenerator {
-public:
-    std::unique_ptr<TO_Tool> createTool(TO_AbstractToolContext *context) override
-    {
-        return std::make_unique<GestureTool>(context);
-    }
-};
-
 CX_ToolIds::ID gestureToolId()
 {
-    static CX_ToolIds::ID const id = TO_ToolFactory::instance().registerTool(
-        {0, QStringLiteral("Gestures"), QStringLiteral("GestureTool"), QString(), 0, CX_ToolIds::None},
-        std::make_unique<GestureGenerator>());
-    return id;
+    return registerTestTool<GestureTool>(QStringLiteral("GestureTool"));
 }
 
 class BatchTest : public ::testing::Test {

@@ -5,6 +5,7 @@
 #include "AH_MainWindow.h"
 #include "AH_PreferencesDialog.h"
 #include "AH_Workspace.h"
+#include "TestTools.h"
 #include "action/AC_Manager.h"
 #include "action/AC_Responder.h"
 #include "command/CO_CommandManager.h"
@@ -38,17 +39,9 @@ public:
     using TO_Tool::TO_Tool;
 };
 
-class IdleGenerator : public TO_ToolFactory::ToolGenerator {
-public:
-    std::unique_ptr<TO_Tool> createTool(TO_AbstractToolContext *context) override { return std::make_unique<IdleTool>(context); }
-};
-
 CX_ToolIds::ID idleToolId()
 {
-    static CX_ToolIds::ID const id = TO_ToolFactory::instance().registerTool(
-        {0, QStringLiteral("Idle"), QStringLiteral("WindowTestIdle"), QString(), 0, CX_ToolIds::None},
-        std::make_unique<IdleGenerator>());
-    return id;
+    return registerTestTool<IdleTool>(QStringLiteral("WindowTestIdle"));
 }
 
 class WindowTest : public ::testing::Test {
