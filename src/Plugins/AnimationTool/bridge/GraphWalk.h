@@ -17,4 +17,8 @@ namespace IKToolUtil {
 // visits nothing.
 void walkDownward(MO_Node *start, bool visitStart, std::function<void(MO_Node *)> const &visit);
 
+// As above, but the walk goes on below a visited node only when `visit` gives true. `start`, when
+// not visited, is always gone through.
+void walkDownwardPruned(MO_Node *start, bool visitStart, std::function<bool(MO_Node *)> const &visit);
+
 } // namespace IKToolUtil

@@ -19,6 +19,7 @@
 #include "scene/AT_AttrCmds.h"
 #include "scene/AT_AttrFactory.h"
 #include "scene/AT_AttrMeta.h"
+#include "scene/AT_AttrSurrogate.h"
 #include "scene/AT_ValueAttr.h"
 #include "scene/CC_Transformation.h"
 #include "scene/DeformerModules.h"
