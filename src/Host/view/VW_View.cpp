@@ -202,7 +202,8 @@ void VW_View::setSession(SC_Session *session)
     d_->lastDescriptor.reset();
     d_->pressed = false;
     d_->session = session;
-    if (d_->toolId != CX_ToolIds::None)
+    // Without a session there is nothing for a tool to work on; the identifier is kept for the next.
+    if (session && d_->toolId != CX_ToolIds::None)
         setToolId(d_->toolId);
     requestRedraw();
 }

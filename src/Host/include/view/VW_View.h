@@ -55,7 +55,8 @@ public:
     ~VW_View() override;
 
     SC_Session *session() const;
-    // Shows another session. The current tool is made anew for it (tools keep scene pointers).
+    // Shows another session. The current tool is made anew for it (tools keep scene pointers);
+    // null leaves the view without a tool until the next session.
     void setSession(SC_Session *session);
 
     // The size in pixels; sizes below 1 count as 1.
