@@ -20,6 +20,10 @@ struct Graph {
     TUScene scene;
     CO_CommandManager manager;
 
+    // Keyframes added at once are recorded on the manager, as in a session.
+    Graph() { scene.setCommandManager(&manager); }
+    ~Graph() { scene.setCommandManager(nullptr); }
+
     template <class T, class... Args>
     T *add(char const *name, Args &&...args)
     {
