@@ -7,7 +7,9 @@
 #include "scene/MO_Module.h"
 #include "scene/MO_ModuleVisitor.h"
 #include "scene/TUScene.h"
+#include "command/CO_CommandManager.h"
 #include "session/SC_Session.h"
+#include "session/SL_Selection.h"
 #include "session/TUSceneChangeManager.h"
 #include "tool/SLB_PickEngine.h"
 #include "tool/SLB_Selectable.h"
@@ -382,9 +384,26 @@ bool VW_View::mousePress(Math::Point2d const &point, Qt::KeyboardModifiers modif
 {
     d_->modifiers = modifiers;
     d_->pressed = true;
-    bool const used = d_->tool && d_->tool->onMouseDown(GR_StylusPoint(point));
+    bool const used = d_->tool ? d_->tool->onMouseDown(GR_StylusPoint(point)) : selectAt(point);
     requestRedraw();
     return used;
+}
+
+bool VW_View::selectAt(Math::Point2d const &point)
+{
+    if (!d_->session)
+        return false;
+    auto const *hit = dynamic_cast<SLB_ModuleDescriptor *>(pick(UT_Point::fromPoint2d(point), true, 0).get());
+    MO_Node *node = hit ? hit->module() : nullptr;
+    SL_Selection *selection = d_->session->getSelection();
+    CO_CommandManager *commands = d_->session->commandManager();
+    CO_CommandAccumScope step(commands, QStringLiteral("Selection"));
+    SL_SelectionCommands::Scope scope(commands, selection);
+    if (!extendModifier())
+        selection->set(node ? std::vector<MO_Node *>{node} : std::vector<MO_Node *>{});
+    else if (node && !selection->remove(node))
+        selection->add(node);
+    return true;
 }
 
 bool VW_View::mouseMove(Math::Point2d const &point, Qt::KeyboardModifiers modifiers)

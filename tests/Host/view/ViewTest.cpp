@@ -1,5 +1,6 @@
 // The view core: rendering a scene at a frame, the pick pass, and tools driven through the view.
 #include "base/Math/Matrix.h"
+#include "command/CO_CommandManager.h"
 #include "graphic/CC_CameraChainTransformCanvasBinder.h"
 #include "graphic/VU_Painter.h"
 #include "scene/MO_Module.h"
@@ -325,6 +326,27 @@ TEST_F(ViewTest, PressMoveAndReleaseReachTheToolInViewPixelsWithModifiers)
     EXPECT_DOUBLE_EQ(view.currentFrame(), 1.0);
     session->setCurrentFrame(7.5);
     EXPECT_DOUBLE_EQ(view.currentFrame(), 7.5);
+}
+
+TEST_F(ViewTest, WithoutAToolAPressSelectsWhatItPicksAsOneUndoStep)
+{
+    QPoint const centre = expectedPixel(0.5, 0.25, 101, 81);
+    SL_Selection *selection = session->getSelection();
+    EXPECT_TRUE(view.mousePress(Math::Point2d(centre.x(), centre.y())));
+    view.mouseRelease(Math::Point2d(centre.x(), centre.y()));
+    EXPECT_EQ(selection->nodes(), std::vector<MO_Node *>{box()});
+    EXPECT_EQ(session->commandManager()->undoName(), QStringLiteral("Selection"));
+
+    view.mousePress(Math::Point2d(centre.x(), centre.y()), Qt::ShiftModifier);  // extend: toggles it out
+    EXPECT_TRUE(selection->nodes().empty());
+    view.mousePress(Math::Point2d(centre.x(), centre.y()), Qt::ShiftModifier);
+    view.mousePress(Math::Point2d(2, 2), Qt::ShiftModifier);  // an empty place keeps an extended selection
+    EXPECT_EQ(selection->nodes().size(), 1u);
+    view.mousePress(Math::Point2d(2, 2));  // and clears a plain one
+    EXPECT_TRUE(selection->nodes().empty());
+
+    EXPECT_TRUE(session->commandManager()->undo());
+    EXPECT_EQ(selection->nodes(), std::vector<MO_Node *>{box()});
 }
 
 TEST(ViewCursors, CustomGetValuesFromCustomFirstAndANullCursorIsRefused)

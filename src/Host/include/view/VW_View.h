@@ -81,6 +81,7 @@ public:
     // Pointer and keys, in view pixels (origin top left, y down). A move while the button is down
     // goes to onMouseMove, else to onMouseOver. The modifiers are those of the event and stay in
     // force for the tool's questions until the next event. Each returns what the tool answered.
+    // Without a tool, a press selects what it picks (selectAt).
     bool mousePress(Math::Point2d const &point, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
     bool mouseMove(Math::Point2d const &point, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
     bool mouseRelease(Math::Point2d const &point, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
@@ -90,6 +91,11 @@ public:
     bool keyRelease(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
     Qt::KeyboardModifiers modifiers() const;
     void setModifiers(Qt::KeyboardModifiers modifiers);
+
+    // Selects the drawing element under the point, as one undo step "Selection": alone, or with
+    // the extend modifier added to (or taken from) the selection; an empty place clears the
+    // selection unless the modifier is held. False without a session.
+    bool selectAt(Math::Point2d const &point);
 
     // The cursor the tool asks for at a view point, as a Qt cursor.
     QCursor cursorAt(Math::Point2d const &point);
