@@ -42,6 +42,23 @@ struct Graph {
 
     void root(MO_Module *module) { IKToolUtil::defineRoot(&manager, module, true); }
     void joint(MO_Module *module, bool participate = true) { IKToolUtil::setParticipation(&manager, module, participate); }
+
+    // Pegs linked in a chain in the order of `names`; the first heads a skeleton, the others take
+    // part in it.
+    std::vector<MO_PegModule *> pegChain(std::initializer_list<char const *> names)
+    {
+        std::vector<MO_PegModule *> pegs;
+        for (char const *name : names) {
+            pegs.push_back(add<MO_PegModule>(name));
+            if (pegs.size() == 1) {
+                root(pegs.back());
+            } else {
+                link(pegs[pegs.size() - 2], pegs.back());
+                joint(pegs.back());
+            }
+        }
+        return pegs;
+    }
 };
 
 inline std::string nameOf(MO_Module *module)

@@ -66,6 +66,19 @@ Bone *addBone(Graph &g, char const *name, double length, double orientation = 0.
     return bone;
 }
 
+struct RootAndArm {
+    MO_PegModule *root;
+    MO_PegModule *arm;
+};
+
+// A root peg at the origin and a joint peg `armX` field units to its right (24: at (2, 0)).
+RootAndArm rootAndArm(Graph &g, double armX = 24.0)
+{
+    std::vector<MO_PegModule *> const pegs = g.pegChain({"root", "arm"});
+    pegs[1]->positionAttr()->setLocalValue(Math::Point3d(armX, 0, 0));
+    return {pegs[0], pegs[1]};
+}
+
 } // namespace
 
 TEST(ModuleManipulator, ARootPegMovesByTheSolvedOffsetTakenIntoItsParentsAxes)
@@ -144,12 +157,7 @@ TEST(ModuleManipulator, AnOffsetRootMovesItsOffsetAndTurnsForItsChild)
 TEST(ModuleManipulator, APegTurnsItsParentPegAndItsHandleTurnsItself)
 {
     Graph g;
-    auto *root = g.add<MO_PegModule>("root");
-    auto *arm = g.add<MO_PegModule>("arm");
-    Graph::link(root, arm);
-    arm->positionAttr()->setLocalValue(Math::Point3d(24, 0, 0));  // (2, 0)
-    g.root(root);
-    g.joint(arm);
+    auto [root, arm] = rootAndArm(g);
 
     Pose pose(root);
     ASSERT_TRUE(pose.built);
@@ -250,12 +258,7 @@ TEST(ModuleManipulator, AnOffsetUnderAPegTurnsForItsChild)
 TEST(ModuleManipulator, ATurnBeyondAQuarterTakesMoreThanOneUpdate)
 {
     Graph g;
-    auto *root = g.add<MO_PegModule>("root");
-    auto *arm = g.add<MO_PegModule>("arm");
-    Graph::link(root, arm);
-    arm->positionAttr()->setLocalValue(Math::Point3d(24, 0, 0));
-    g.root(root);
-    g.joint(arm);
+    auto [root, arm] = rootAndArm(g);
 
     int const undoSteps = g.manager.undoCount();
     Pose pose(root);
@@ -275,12 +278,7 @@ TEST(ModuleManipulator, AHandleOfAParentHeldStillFollowsThePoseAndNotTheSolvedTi
 {
     for (double activity : {0.0, 1.0}) {
         Graph g;
-        auto *root = g.add<MO_PegModule>("root");
-        auto *arm = g.add<MO_PegModule>("arm");
-        Graph::link(root, arm);
-        arm->positionAttr()->setLocalValue(Math::Point3d(24, 0, 0));
-        g.root(root);
-        g.joint(arm);
+        auto [root, arm] = rootAndArm(g);
         IKToolUtil::getIKMetaDataForModule(arm)->skeletonMetaData()->jointAttr()->holdOrientationAttr()->setLocalValue(true);
 
         SkeletonDef skeleton = extract(root, poseSettings(kFrame));
@@ -390,12 +388,7 @@ TEST(ModuleManipulator, BuildsFailForKindsWithoutManipulator)
 TEST(ModuleManipulator, ASetPreviewsThroughSurrogatesAndStartsOverAfterCommit)
 {
     Graph g;
-    auto *root = g.add<MO_PegModule>("root");
-    auto *arm = g.add<MO_PegModule>("arm");
-    Graph::link(root, arm);
-    arm->positionAttr()->setLocalValue(Math::Point3d(24, 0, 0));
-    g.root(root);
-    g.joint(arm);
+    auto [root, arm] = rootAndArm(g);
     int const undoSteps = g.manager.undoCount();
 
     {  // abandoned: nothing stays
@@ -433,11 +426,7 @@ TEST(ModuleManipulator, ASetPreviewsThroughSurrogatesAndStartsOverAfterCommit)
 TEST(ModuleManipulator, ClearingKeyframesRemovesTheKeyAtTheFrameOnly)
 {
     Graph g;
-    auto *root = g.add<MO_PegModule>("root");
-    auto *arm = g.add<MO_PegModule>("arm");
-    Graph::link(root, arm);
-    g.root(root);
-    g.joint(arm);
+    auto [root, arm] = rootAndArm(g, 0.0);
     ASSERT_TRUE(root->rotationAttr()->setKeyframe(2, Math::Angle3d(0, 0, 5)));
     ASSERT_TRUE(root->rotationAttr()->setKeyframe(kFrame, Math::Angle3d(0, 0, 15)));
 

@@ -106,17 +106,9 @@ TEST(SkeletonExtraction, ANonParticipatingPegBetweenJointsLinksItsChildToTheJoin
 TEST(SkeletonExtraction, ASecondRootBelowTheFirstAndAllBelowItStayOut)
 {
     Graph g;
-    auto *a = g.add<MO_PegModule>("a");
-    auto *b = g.add<MO_PegModule>("b");
-    auto *second = g.add<MO_PegModule>("second");
-    auto *d = g.add<MO_PegModule>("d");
-    Graph::link(a, b);
-    Graph::link(b, second);
-    Graph::link(second, d);
-    g.root(a);
-    g.joint(b);
+    std::vector<MO_PegModule *> const pegs = g.pegChain({"a", "b", "second", "d"});
+    MO_PegModule *a = pegs[0], *b = pegs[1], *second = pegs[2], *d = pegs[3];
     g.root(second);
-    g.joint(d);
 
     SkeletonDef const first = extract(a, poseSettings());
     EXPECT_EQ(modulesOf(first), (std::vector<MO_Module *>{a, b, b}));
