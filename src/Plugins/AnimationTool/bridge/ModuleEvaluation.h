@@ -4,6 +4,9 @@
 
 #include "host/HostAPI.h"
 
+#include <climits>
+#include <cmath>
+
 namespace IKToolUtil {
 
 // The matrix of the module's output transformation at `context`; the identity when the module
@@ -21,6 +24,13 @@ inline MO_Node *sourceNode(MO_Node const *node, int port)
     MO_Port const *input = node->inPort(port);
     MO_Port const *source = input ? input->realSrcPort() : nullptr;
     return source ? source->node() : nullptr;
+}
+
+// Whether `frame` can stand for a whole frame: finite, and within the range of an int once
+// truncated. Anything else (NaN, infinities, huge values) is refused by the bridge.
+inline bool isUsableFrame(double frame)
+{
+    return std::isfinite(frame) && std::fabs(frame) < double(INT_MAX);
 }
 
 } // namespace IKToolUtil

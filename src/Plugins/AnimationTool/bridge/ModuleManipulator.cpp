@@ -297,8 +297,10 @@ public:
                 }
             }
         }
-        Math::Vector3d const local = this->target_->sceneMetrics().fromOGL(inverse * delta);
-        K::set(*this->surrogate_, K::fromPoint3d(K::toPoint3d(this->startValue_) + local));
+        Math::Point3d const value = K::toPoint3d(this->startValue_) + this->target_->sceneMetrics().fromOGL(inverse * delta);
+        if (!std::isfinite(value.x) || !std::isfinite(value.y) || !std::isfinite(value.z))
+            return;  // a solve that went wrong leaves the value as it was
+        K::set(*this->surrogate_, K::fromPoint3d(value));
         this->target_->setDirty();
     }
 
@@ -344,11 +346,13 @@ public:
     }
 
 protected:
-    // Turns the parent so that the direction from its pivot to `current` becomes the direction to
-    // `wanted` (or `wantedDirection`, when given).
+    // Turns the parent by the angle from direction `from` to direction `to`.
     void turn(Math::Vector2d const &from, Math::Vector2d const &to)
     {
-        K::turn(*this->surrogate_, this->context_.frame, turnDegrees(from, to));
+        double const degrees = turnDegrees(from, to);
+        if (!std::isfinite(degrees))
+            return;  // a solve that went wrong leaves the value as it was
+        K::turn(*this->surrogate_, this->context_.frame, degrees);
         this->target_->setDirty();
         if (jointModule_)
             jointModule_->setDirty();
@@ -639,7 +643,7 @@ bool ManipulatorSet::build(double frame, MO_Module *root, TIK::IKSolver *solver,
 {
     impl_->manipulators.clear();
     impl_->root = nullptr;
-    if (skeleton.empty()) {
+    if (skeleton.empty() || !IKToolUtil::isUsableFrame(frame)) {
         impl_->valid = false;
         return false;
     }

@@ -6,6 +6,7 @@
 
 namespace {
 
+using IKToolUtil::isUsableFrame;
 using IKToolUtil::sourceNode;
 
 // A handle's name is its joint's followed by this.
@@ -163,7 +164,7 @@ void IKToolUtil::skeletonFromModule(MO_Module *module, SkeletonDef &skeleton, Sk
                                     std::set<MO_Module *> const &excludedModules)
 {
     skeleton.clear();
-    if (!module)
+    if (!module || !isUsableFrame(settings.frame))
         return;
     MO_Module *root = findRoot(module);
     if (!root) {
@@ -224,7 +225,7 @@ void IKToolUtil::smartSkeletonFromModule(MO_Module *module, SkeletonDef &skeleto
 void IKToolUtil::appendModuleToSkeleton(MO_Module *module, SkeletonDef &skeleton,
                                         SkeletonExtractionSettings const &settings, std::set<MO_Module *> &visited)
 {
-    if (!module)
+    if (!module || !isUsableFrame(settings.frame))
         return;
     MO_Module *const parent = getAncestorForModuleInSet(module, visited);
     auto const *miniPeg = dynamic_cast<MiniPegModule const *>(module);
@@ -251,7 +252,7 @@ void IKToolUtil::appendModuleToSkeleton(MO_Module *module, SkeletonDef &skeleton
 
 void IKToolUtil::copyHandlesToSkeleton(SkeletonDef &target, SkeletonDef const &source, double frame)
 {
-    if (source.size() < 2)
+    if (source.size() < 2 || !isUsableFrame(frame))
         return;
     for (std::size_t i = 1; i < source.size(); ++i) {
         if (!source[i].isHandle)

@@ -6,6 +6,9 @@
 #include "bridge/ModuleManipulator.h"
 #include "solver/IKSolver.h"
 
+#include <cmath>
+#include <limits>
+
 using namespace BridgeTest;
 
 namespace {
@@ -441,4 +444,26 @@ TEST(ModuleManipulator, ClearingKeyframesRemovesTheKeyAtTheFrameOnly)
     EXPECT_EQ(pose.set.size(), 0);
     ASSERT_TRUE(g.manager.undo());
     EXPECT_EQ(root->rotationAttr()->keyframes(), (std::vector<int>{2, kFrame}));
+}
+
+TEST(ModuleManipulator, SolvedPositionsThatAreNotFiniteLeaveTheValuesAsTheyWere)
+{
+    double const inf = std::numeric_limits<double>::infinity();
+    for (double bad : {std::nan(""), inf, -inf}) {
+        Graph g;
+        auto [root, arm] = rootAndArm(g);
+        Pose pose(root);
+        ASSERT_TRUE(pose.built);
+        for (SkeletonJointDef &joint : pose.skeleton)
+            joint.solvedPosition = Math::Point3d(bad, 1.0, 0.0);
+        auto expectUnchanged = [&, root = root, arm = arm] {
+            EXPECT_EQ(root->positionAttr()->valueAt(kFrame), Math::Point3d()) << bad;
+            EXPECT_EQ(root->rotationAttr()->valueAt(kFrame), Math::Angle3d()) << bad;
+            EXPECT_EQ(arm->rotationAttr()->valueAt(kFrame), Math::Angle3d()) << bad;
+        };
+        pose.set.update();
+        expectUnchanged();  // the preview
+        pose.commit(g.manager);
+        expectUnchanged();  // the keys
+    }
 }

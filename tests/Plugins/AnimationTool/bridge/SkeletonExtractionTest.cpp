@@ -3,9 +3,12 @@
 // functions through the plug-in services.
 #include "BridgeTestUtil.h"
 
+#include "bridge/ModuleManipulator.h"
 #include "session/SC_Session.h"
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 
 using namespace BridgeTest;
 using IKToolUtil::SkeletonExtractionSettings;
@@ -443,4 +446,27 @@ TEST_F(SelectionFixture, SelectionFunctionsFindTheModuleAndTheHeadOfItsSkeleton)
     UT_SharedPtr<SLB_SelectableDescriptor> picked = UT_MakeShared<SLB_ModuleDescriptorWithFrame>(arm, 3);
     EXPECT_EQ(IKToolUtil::moduleFromSelectable(picked), arm);
     EXPECT_EQ(IKToolUtil::moduleFromSelectable(UT_MakeShared<SLB_SelectableDescriptor>()), nullptr);
+}
+
+TEST(SkeletonExtraction, FramesThatAreNoWholeFrameAreRefused)
+{
+    Graph g;
+    std::vector<MO_PegModule *> const pegs = g.pegChain({"a", "b"});
+    double const inf = std::numeric_limits<double>::infinity();
+    for (double frame : {std::nan(""), inf, -inf, 1e300, -3e9}) {
+        SkeletonDef skeleton = extract(pegs[1], poseSettings(frame));
+        EXPECT_TRUE(skeleton.empty()) << frame;
+        std::set<MO_Module *> visited;
+        IKToolUtil::appendModuleToSkeleton(pegs[0], skeleton, poseSettings(frame), visited);
+        EXPECT_TRUE(skeleton.empty()) << frame;
+        EXPECT_TRUE(visited.empty()) << frame;
+        SkeletonDef view = extract(pegs[1], poseSettings(0.0));
+        SkeletonDef const before = view;
+        IKToolUtil::copyHandlesToSkeleton(view, extract(pegs[1], poseSettings(0.0)), frame);
+        EXPECT_TRUE(view.isEquivalent(before)) << frame;
+        ManipulatorSet set;
+        EXPECT_FALSE(set.build(frame, pegs[0], nullptr, view)) << frame;
+        EXPECT_EQ(pegs[0]->rotationAttr()->surrogate(), nullptr);
+    }
+    EXPECT_EQ(extract(pegs[1], poseSettings(-2.5)).size(), 3u);  // truncated towards zero: frame -2
 }
