@@ -61,7 +61,7 @@ int main(int argc, char *argv[])
         } else {
             AH_MainWindow window(workspace, host);
             window.show();
-            QStringList errors;
+            QStringList errors = host.pluginErrors();  // also on standard error, but a window user may not see it
             if (!opened)
                 errors << error;
             else if (!options.startScript.isEmpty()) {
