@@ -98,10 +98,10 @@ private:
     bool &flag_;
 };
 
-} // namespace
-
 // Radius in pixels of the ring that marks a selected module's origin.
 constexpr double kMarkerRadius = 6.0;
+
+} // namespace
 
 struct VW_View::Impl {
     SC_Session *session = nullptr;  // not owned
