@@ -3,6 +3,8 @@
 #include "iktool/IKTool.h"
 #include "iktool/IKToolSettings.h"
 
+#include "bridge/SkeletonExtraction.h"
+
 IKToolResponder &IKToolResponder::instance()
 {
     static IKToolResponder responder;
@@ -35,8 +37,10 @@ void IKToolResponder::onActionSelectNewIKTool()
     CX_Context::GetInstance().SetData(record, nullptr);
 }
 
-// The skeleton root follows the selection once skeletons can be found from it (extraction).
-void IKToolResponder::onSelectionChanged() {}
+void IKToolResponder::onSelectionChanged()
+{
+    IKToolSettings::instance().setSkeletonRoot(IKToolUtil::skeletonFromSelection());
+}
 
 // A change of the root's node repaints the tool and refreshes the panel; other joints' nodes do not.
 void IKToolResponder::onNodesChanged(const TUNodeSet &nodes)

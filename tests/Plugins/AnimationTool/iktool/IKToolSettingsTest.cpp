@@ -179,4 +179,29 @@ TEST_F(IKToolSettingsTest, TheSkeletonRootCountsOnlyWhileItIsARootAndAlive)
     EXPECT_EQ(s.skeletonRoot(), nullptr);
 }
 
+TEST_F(IKToolSettingsTest, TheResponderFollowsTheSelectionToItsSkeletonsRoot)
+{
+    SC_Session session(std::make_unique<TUScene>());
+    auto shoulder = UT_MakeShared<MO_PegModule>();
+    auto elbow = UT_MakeShared<MO_PegModule>();
+    session.scene()->getRootGroup()->addNode(shoulder);
+    session.scene()->getRootGroup()->addNode(elbow);
+    ASSERT_TRUE(MO_Node::connect(shoulder.get(), 0, elbow.get(), 0));
+    IKToolUtil::defineRoot(session.commandManager(), shoulder.get(), true);
+    IKToolUtil::setParticipation(session.commandManager(), elbow.get(), true);
+
+    PLUG_Services::setSessionContext(&session);
+    PLUG_Services::setSelection(session.getSelection());
+    IKToolResponder::instance().makeConnections();
+    IKToolResponder::instance().makeConnections();  // a second polish connects nothing twice
+
+    SL_SelectionUtil::addToSelection(session.getSelection(), elbow.get());
+    EXPECT_EQ(s.skeletonRoot(), shoulder.get());
+    SL_SelectionUtil::clear(session.getSelection());
+    EXPECT_EQ(s.skeletonRoot(), nullptr);
+
+    QObject::disconnect(session.changeManager(), nullptr, &IKToolResponder::instance(), nullptr);
+    PLUG_Services::reset();
+}
+
 } // namespace
