@@ -63,7 +63,9 @@ TEST_P(ReferenceImage, RenderMatchesTheKeptPicture)
 
 INSTANTIATE_TEST_SUITE_P(Examples, ReferenceImage,
                          ::testing::Values(Shot{"arm.xml", 1, "arm-frame01.png"}, Shot{"arm.xml", 8, "arm-frame08.png"},
-                                           Shot{"arm.xml", 12, "arm-frame12.png"}, Shot{"bones.xml", 1, "bones-frame01.png"}),
+                                           Shot{"arm.xml", 12, "arm-frame12.png"}, Shot{"bones.xml", 1, "bones-frame01.png"},
+                                           Shot{"character.xml", 1, "character-frame01.png"},
+                                           Shot{"character.xml", 12, "character-frame12.png"}),
                          [](::testing::TestParamInfo<Shot> const &info) {
                              std::string name = info.param.reference;
                              return name.substr(0, name.find('.')).erase(name.find('-'), 1);
