@@ -36,6 +36,7 @@
 #include "session/TUSceneChangeManager.h"
 
 // Tools, picking, panels.
+#include "graphic/CC_CameraChainTransformCanvasBinder.h"
 #include "panel/TP_ToolProperties.h"
 #include "tool/CX_Context.h"
 #include "tool/SLB_PickEngine.h"

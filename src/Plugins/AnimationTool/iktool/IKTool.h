@@ -1,10 +1,22 @@
-// The IK posing tool, as the host's tool factory knows it.
+// The IK posing tool: the tool object a view drives, as the host's tool factory knows it.
+//
+// The host makes one tool per view, sends it the pointer's press, moves and release, asks it what
+// lies under a point (oglScanHit, from inside the view's pick) and which cursor to show. In
+// manipulation mode a press on a joint selects it, a move of 5.0 pixels or more starts a drag that
+// poses every frame of the active range by inverse kinematics, and the release writes the keyframes
+// in one undo step "IK Manipulation". A press on the constellation (the on-canvas menu of a joint's
+// constraints) sets a flag or drags a slider for every selected joint. In setup mode a click toggles
+// a module's participation and a press on a handle drags its orientation.
+//
+// All state lives in IKTool::Impl (IKToolImpl.h), which is also the panel's joint source.
 //
 // The tool registers itself at library load, under the identifier it asks for, only when the
 // preference QV_HAS_NEW_IK_TOOL is on; its identifier holds the asked-for value either way.
 #pragma once
 
 #include "host/HostAPI.h"
+
+#include <memory>
 
 class IKTool : public TO_Tool {
     Q_OBJECT
@@ -27,4 +39,38 @@ public:
 
     explicit IKTool(TO_AbstractToolContext *context);
     ~IKTool() override;
+
+    // Always true, but a move with no sample, which is false.
+    bool onMouseDown(GR_StylusPoint const &point) override;
+    bool onMouseMove(std::vector<GR_StylusPoint> const &points) override;
+    bool onMouseUp(GR_StylusPoint const &point) override;
+    // Resolves a picking id of the tool's joints, bones, setup joints or constellation; always -1.
+    int oglScanHit(unsigned int id, bool press) override;
+    // Rebuilds the pose records while no press is under way; draws nothing yet.
+    void draw(PickMode mode) override;
+    TO_Enums::Cursor getCursor(Math::Point2d const &point) override;
+    // Empty on purpose: a reset changes no tool state.
+    void resetTool() override;
+
+    // A view point as a scene point (z 0), through the view's camera chain.
+    Math::Point3d viewToScene(Math::Point2d const &point) const;
+
+    struct Impl;
+    // The tool's state, for the drawing and for tests.
+    Impl &impl() const;
+
+public slots:
+    void toolSettingChanged();
+
+protected:
+    void dragStart(Math::Point2d const &point);
+    void drag(Math::Point2d const &point, bool interactive);
+    void dragEnd(Math::Point2d const &point);
+    void dragSetupHandle(Math::Point2d const &point);
+    // Copies the current frame's pose of the selected joints to every frame of the active range,
+    // in one undo step "IK Apply Altogether".
+    void applyAltogether();
+
+private:
+    std::unique_ptr<Impl> impl_;
 };

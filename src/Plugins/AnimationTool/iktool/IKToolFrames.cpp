@@ -1,0 +1,405 @@
+// The pose records of the IK tool: one per frame of the active range, set up, solved and written
+// together, and the two one-shot operations built on them (apply altogether, clear keyframes).
+#include "iktool/IKToolImpl.h"
+
+#include "bridge/SkeletonExtraction.h"
+#include "solver/JointActivity.h"
+
+#include <cstdio>
+
+namespace {
+
+CO_CommandManager *commandManagerOf(MO_Module *module)
+{
+    SC_ProjectCommon *project = module ? module->projectCommon() : nullptr;
+    return project ? project->commandManager() : nullptr;
+}
+
+bool hasChild(SkeletonDef const &skeleton, std::string const &name)
+{
+    for (SkeletonJointDef const &joint : skeleton)
+        if (joint.parentName == name)
+            return true;
+    return false;
+}
+
+bool validIndex(SkeletonDef const &skeleton, int index)
+{
+    return index >= 0 && index < int(skeleton.size());
+}
+
+} // namespace
+
+FrameRecord::FrameRecord() : solver(TIK::createSolver()) {}
+
+FrameRecord::~FrameRecord() = default;
+
+void IKTool::Impl::selectedJoints(std::set<int> &out)
+{
+    out.clear();
+    for (auto const &entry : selectedJointMap)
+        out.insert(entry.first);
+}
+
+double IKTool::Impl::currentFrame()
+{
+    return tool->context()->currentFrame();
+}
+
+SkeletonDef &IKTool::Impl::skeleton()
+{
+    return record(currentKey()).skeleton;
+}
+
+bool IKTool::Impl::canClearKeyframes()
+{
+    int from = 0;
+    int to = 0;
+    activeRange(from, to);
+    return IKToolSettings::canClearKeyframes(from, to, currentKey());
+}
+
+int IKTool::Impl::currentKey() const
+{
+    return int(tool->context()->currentFrame());
+}
+
+void IKTool::Impl::activeRange(int &from, int &to) const
+{
+    IKToolSettings::instance().activeFrameRange(tool->context()->currentFrame(), from, to);
+}
+
+FrameRecord &IKTool::Impl::record(int frame)
+{
+    return frames.try_emplace(frame).first->second;
+}
+
+TIK::IKSolver *IKTool::Impl::currentSolver()
+{
+    return record(currentKey()).solver.get();
+}
+
+void IKTool::Impl::clearFrames()
+{
+    frames.clear();  // each set's destructor takes its surrogates off the attributes
+}
+
+void IKTool::Impl::rebuildFrames()
+{
+    int from = 0;
+    int to = 0;
+    activeRange(from, to);
+    int const current = currentKey();
+    clearFrames();
+    jointPaths.clear();
+
+    IKToolUtil::SkeletonExtractionSettings settings;
+    settings.definedJointsOnly = true;
+    settings.frame = current;
+    MO_Module *module = IKToolUtil::concreteModuleFromSelection();
+    SkeletonDef base;
+    IKToolUtil::skeletonFromModule(module, base, settings);
+
+    // The longest run of frames around the current one in which the skeleton keeps its structure.
+    for (int f = from; f <= to; ++f) {
+        if (f == current) {
+            record(f).skeleton = base;
+            continue;
+        }
+        settings.frame = f;
+        SkeletonDef skeleton;
+        IKToolUtil::skeletonFromModule(module, skeleton, settings);
+        bool const same = skeleton.isEquivalent(base);
+        if (f < current && !same) {
+            clearFrames();  // the run starts after this frame
+            continue;
+        }
+        if (!same)
+            break;  // the run ends before this frame
+        record(f).skeleton = std::move(skeleton);
+    }
+}
+
+bool IKTool::Impl::buildManipulators(MO_Module *root)
+{
+    for (auto &[frame, r] : frames) {
+        if (!r.manipulators.build(frame, root, r.solver.get(), r.skeleton))
+            return false;
+        r.manipulators.reset();
+    }
+    return true;
+}
+
+void IKTool::Impl::resetSolvers()
+{
+    for (auto &entry : frames) {
+        entry.second.solver->setSkeleton(entry.second.skeleton, 0);
+        entry.second.positionTasks.clear();  // the solver dropped them
+    }
+}
+
+void IKTool::Impl::setUpTasks()
+{
+    if (frames.empty())
+        return;
+    int const first = frames.begin()->first;
+    int const last = frames.rbegin()->first;
+    SkeletonDef const &firstSkeleton = frames.begin()->second.skeleton;
+    SkeletonDef const &lastSkeleton = frames.rbegin()->second.skeleton;
+    for (auto &[frame, r] : frames) {
+        double const t = first == last ? 0.0 : double(frame - first) / double(last - first);
+        setUpFrame(r, t, firstSkeleton, lastSkeleton);
+    }
+    setUpJointPaths();
+}
+
+// The order of the steps fixes the order of the solver's tasks: drag tasks, hold tasks, then the
+// shadow tasks that setShadowPosing adds.
+void IKTool::Impl::setUpFrame(FrameRecord &r, double t, SkeletonDef const &first, SkeletonDef const &last)
+{
+    IKToolSettings const &settings = IKToolSettings::instance();
+    TIK::IKSolver *solver = r.solver.get();
+    SkeletonDef const &skeleton = r.skeleton;
+
+    // Drag tasks. Careful: an index that no longer fits this skeleton (a selection older than a
+    // change of the graph) is skipped.
+    for (auto &[k, value] : selectedJointMap) {
+        if (!validIndex(skeleton, k))
+            continue;
+        SkeletonJointDef const &joint = skeleton[std::size_t(k)];
+        value = joint.position;
+        TIK::IKPositionTask *task = solver->addPositionTask(joint.name.c_str(), 0);
+        if (task) {
+            task->setTarget(joint.position.x, joint.position.y, joint.position.z);
+            task->setWeight(kDragTaskWeight);
+        }
+        r.positionTasks[k] = task;
+    }
+
+    // Root: a pick on a bone always keeps the root in place.
+    TIK::IKJoint *root = solver->rootJoint();
+    if (!settings.enableRootTranslation() || bonePicked) {
+        solver->setRootTranslationEnabled(false);
+        if (root) {
+            root->setTranslationEnabled(false, false);
+            root->setMobility(false, false, false, false);
+        }
+    } else {
+        solver->setRootTranslationEnabled(true);
+        if (root) {
+            root->setTranslationEnabled(true, false);
+            root->setMobility(true, true, false, false);
+            root->setWeight(TIK::IKJoint::TranslationX, settings.rootTranslationGain());
+            root->setWeight(TIK::IKJoint::TranslationY, settings.rootTranslationGain());
+        }
+    }
+    solver->setReservedLevel(-4);
+
+    // Hold tasks, for the joints that are not dragged.
+    if (!bonePicked) {
+        for (SkeletonJointDef const &joint : skeleton) {
+            if (selectedJointMap.count(joint.index))
+                continue;
+            if (joint.hasPositionTask()) {
+                if (TIK::IKPositionTask *task = solver->addPositionTask(joint.name.c_str(), 0)) {
+                    task->setWeight(joint.positionTaskWeight());
+                    Math::Point3d target = joint.position;
+                    if (!joint.useActualPositionWhenInterpolating() && validIndex(first, joint.index) &&
+                        validIndex(last, joint.index)) {
+                        // From its first to its last place, in a straight line at even speed.
+                        target = Math::Point3d::interpolate(t, first[std::size_t(joint.index)].position,
+                                                            last[std::size_t(joint.index)].position);
+                    }
+                    task->setTarget(target.x, target.y, target.z);
+                }
+            }
+            if (joint.hasOrientationTask() && hasChild(skeleton, joint.name)) {
+                if (TIK::IKOrientationTask *task = solver->addOrientationTask(joint.name.c_str(), 0)) {
+                    task->setWeight(joint.orientationTaskWeight());
+                    task->setTarget(0.0, 0.0, 0.0, 1.0);
+                }
+            }
+        }
+    }
+
+    // Axes.
+    for (SkeletonJointDef const &joint : skeleton) {
+        TIK::IKJoint *j = solver->joint(joint.name.c_str());
+        if (!j)
+            continue;
+        if (joint.name != "root")
+            j->setMobility(false, false, false, false);
+        j->setMobility(false, false, joint.isMobile() && joint.childCount != 0, true);
+        // Index 2 is read by no residual: the mobility weight has no effect on the solution.
+        j->setWeight(TIK::IKJoint::TranslationZ, joint.mobilityWeight());
+    }
+
+    // Activity.
+    std::vector<int> dragged;
+    for (auto const &entry : selectedJointMap)
+        dragged.push_back(entry.first);
+    std::vector<bool> blockers;
+    for (SkeletonJointDef const &joint : skeleton)
+        blockers.push_back(joint.isBlocker());
+    std::vector<double> const activity = TIK::jointActivities(skeleton, dragged, blockers, bonePicked);
+    for (std::size_t i = 0; i < skeleton.size() && i < activity.size(); ++i)
+        if (TIK::IKJoint *j = solver->joint(skeleton[i].name.c_str()))
+            j->setActivity(activity[i]);
+
+    solver->setShadowPosing(settings.enableShadowPosing());
+}
+
+void IKTool::Impl::setUpJointPaths()
+{
+    jointPaths.clear();
+    if (frames.empty())
+        return;
+    SkeletonDef const &first = frames.begin()->second.skeleton;
+    SkeletonDef const &last = frames.rbegin()->second.skeleton;
+    SkeletonDef const &current = skeleton();  // references into the map stay valid as it grows
+    for (SkeletonJointDef const &joint : first) {
+        int const k = joint.index;
+        if (!selectedJointMap.count(k) || !validIndex(first, k) || !validIndex(last, k) || !validIndex(current, k))
+            continue;
+        JointPath &path = jointPaths[k];
+        path.start = first[std::size_t(k)].position;
+        path.end = last[std::size_t(k)].position;
+        path.base = current[std::size_t(k)].position;
+        path.target = path.base;
+    }
+}
+
+int IKTool::Impl::effectiveInterpolation()
+{
+    int const current = currentKey();
+    int const first = frames.empty() ? current : frames.begin()->first;
+    int const last = frames.empty() ? current : frames.rbegin()->first;
+    return IKToolUtil::effectiveInterpolation(state == ApplyingAltogether, int(frames.size()),
+                                              IKToolSettings::instance().interpolationType(), current, first, last);
+}
+
+void IKTool::Impl::moveTargets(Math::Vector3d const &delta)
+{
+    if (frames.empty())
+        return;
+    int const type = effectiveInterpolation();
+    for (auto &entry : jointPaths) {
+        entry.second.target = entry.second.base + delta;
+        IKToolUtil::fitPath(entry.second);
+    }
+    int const current = currentKey();
+    int const first = frames.begin()->first;
+    int const last = frames.rbegin()->first;
+    SkeletonDef const &atCurrent = record(current).skeleton;
+    for (auto &[f, r] : frames) {
+        for (auto const &[k, task] : r.positionTasks) {
+            if (!task || !validIndex(r.skeleton, k))
+                continue;
+            Math::Point3d const own = r.skeleton[std::size_t(k)].position;
+            Math::Point3d const here = validIndex(atCurrent, k) ? atCurrent[std::size_t(k)].position : own;
+            auto const path = jointPaths.find(k);
+            Math::Point3d const target = IKToolUtil::dragTarget(
+                type, own, here, path == jointPaths.end() ? nullptr : &path->second, delta, f, current, first, last);
+            task->setTarget(target.x, target.y, target.z);
+        }
+    }
+}
+
+void IKTool::Impl::solveFrames(bool final)
+{
+    int const maxIterations = IKToolSettings::instance().maxIterations();
+    for (auto &entry : frames) {
+        FrameRecord &r = entry.second;
+        if (!TIK::solve(r.solver.get(), maxIterations, 0.5)) {
+            // Nothing to solve (every joint frozen): the pose stays as it was.
+            std::printf("######################################\n");
+            std::printf("solve returned: %d\n", 0);
+            std::fflush(stdout);
+            r.solver->resetToRest();
+        }
+        r.solver->updateJoints();
+        for (SkeletonJointDef &joint : r.skeleton)
+            if (TIK::IKJoint *j = r.solver->joint(joint.name.c_str()))
+                joint.solvedPosition = j->position();
+        if (r.manipulators.isValid())
+            r.manipulators.update();
+    }
+    // The records share the scene's attributes and each update replaced the surrogates of the one
+    // before: leave the view showing the current frame's pose.
+    if (!final) {
+        FrameRecord &current = record(currentKey());
+        if (current.manipulators.isValid())
+            current.manipulators.update();
+    }
+}
+
+void IKTool::Impl::commitFrames(CO_CommandManager *manager, int)
+{
+    for (auto &entry : frames)
+        if (entry.second.manipulators.isValid())
+            entry.second.manipulators.commit(manager);
+}
+
+void IKTool::Impl::clearKeyframes()
+{
+    int from = 0;
+    int to = 0;
+    activeRange(from, to);
+    int const current = currentKey();
+    auto const isProtected = [&](int f) { return f == from || f == to || f == current; };
+
+    MO_Module *root = IKToolUtil::skeletonFromSelection();
+    if (!root || !currentSolver())
+        return;
+    CO_CommandManager *manager = commandManagerOf(root);
+    if (!manager)
+        return;
+    rebuildFrames();
+    resetSolvers();
+    setUpTasks();  // runs the activity selection for the present selection
+
+    // Joints that a drag would freeze keep their keyframes: the manipulators skip a joint without
+    // module.
+    for (auto &[f, r] : frames) {
+        if (isProtected(f))
+            continue;
+        for (SkeletonJointDef &joint : r.skeleton) {
+            TIK::IKJoint *j = r.solver->joint(joint.name.c_str());
+            if (j && j->activity == 0.0)
+                joint.module = UT_SharedWeakPtr<MO_Module>();
+        }
+    }
+    if (buildManipulators(root)) {
+        CO_CommandAccumScope scope(manager, QStringLiteral("IK Clear All Affected Keyframes"));
+        for (auto &[f, r] : frames)
+            if (!isProtected(f) && r.manipulators.isValid())
+                r.manipulators.clearKeyframes(manager);
+    }
+    clearFrames();
+    selectedJointMap.clear();
+    jointPaths.clear();
+}
+
+void IKTool::Impl::updateSetupSkeleton(bool pick)
+{
+    SkeletonDef const defined = skeleton();
+    double const f = currentFrame();
+    IKToolUtil::SkeletonExtractionSettings settings;
+    settings.ignoredKeywords = IKToolUtil::getIgnoredKeywords();
+    settings.definedJointsOnly = false;
+    settings.frame = f;
+    for (SkeletonJointDef const &joint : defined)
+        if (MO_Module *module = joint.module.get())
+            settings.forcedModules.insert(module);
+    IKToolUtil::skeletonFromModule(IKToolUtil::concreteModuleFromSelection(), setupSkeleton, settings);
+    IKToolUtil::copyHandlesToSkeleton(setupSkeleton, defined, f);
+    if (pick)
+        reserveHandles(setupPickAdaptor, setupSkeleton);
+}
+
+void IKTool::Impl::reserveHandles(SLB_SelectablePickAdaptor &adaptor, SkeletonDef const &skeleton)
+{
+    int const needed = 2 * int(skeleton.size());
+    if (needed > adaptor.nbHandles())
+        adaptor.reserveHandles(needed);
+}

@@ -1,0 +1,563 @@
+// The IK tool driven as a view drives it: presses, moves and releases at view points of a real
+// offscreen view of the arm example (three pegs in a chain, defined as a skeleton here), with the
+// settings set in the test. The tool paints nothing yet, so a view that also reports a scripted
+// picking id of the tool stands in for the joints, bones and constellation items under the pointer.
+#include "iktool/IKTool.h"
+#include "iktool/IKToolImpl.h"
+
+#include "bridge/JointDefinition.h"
+
+#include "scene/TUSceneFile.h"
+#include "view/VW_View.h"
+
+#include <QFile>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+namespace {
+
+// A view whose pick, after its own scan, reports the ids that the test scripts, as the nearest hit.
+class ScriptedView : public VW_View {
+public:
+    using VW_View::VW_View;
+    std::function<std::vector<unsigned int>()> scripted;  // evaluated after the pick pass: ids change with it
+
+    UT_SharedPtr<SLB_SelectableDescriptor> pick(UT_Point const &point, bool commit, int options) override
+    {
+        UT_SharedPtr<SLB_SelectableDescriptor> found = VW_View::pick(point, commit, options);
+        if (scripted && tool())
+            for (unsigned int id : scripted())
+                tool()->oglScanHit(id, commit);
+        return found;
+    }
+};
+
+CX_ToolIds::ID toolId()
+{
+    static CX_ToolIds::ID const id = TO_ToolFactory::instance().registerTool(IKTool::descriptor(), IKTool::createGenerator());
+    return id;
+}
+
+Math::Point2d const kEmpty(50, 280);  // a view point with nothing drawn under it
+
+class IKToolArm : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        QFile file(QStringLiteral(ANIM_SOURCE_DIR "/examples/scenes/arm.xml"));
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        QString error;
+        std::unique_ptr<TUScene> scene = TUSceneFile::read(file.readAll(), QStringLiteral("arm.xml"), &error);
+        ASSERT_TRUE(scene) << error.toStdString();
+        session = std::make_unique<SC_Session>(std::move(scene));
+        PLUG_Services::setSessionContext(session.get());
+        PLUG_Services::setSelection(session->getSelection());
+        upper = module("UpperArm-P");
+        fore = module("Forearm-P");
+        hand = module("Hand-P");
+        CO_CommandManager *manager = session->commandManager();
+        IKToolUtil::defineRoot(manager, upper, true);
+        IKToolUtil::setParticipation(manager, fore, true);
+        IKToolUtil::setParticipation(manager, hand, true);
+        session->getSelection()->set({hand});
+        session->setCurrentFrame(5);
+
+        IKToolSettings &s = IKToolSettings::instance();
+        s.setToolMode(IKToolSettings::ManipulationMode);
+        s.setInterpolationEnabled(false);
+        s.setUseCurrentFrame(false);
+        s.setFrameRange(1, 12);
+        s.setInterpolationType(IKToolSettings::MoveAll);
+        s.setEnableRootTranslation(false);
+        s.setSkeletonRoot(upper);
+
+        view = std::make_unique<ScriptedView>(session.get());
+        view->resize(400, 300);
+        ASSERT_TRUE(view->setToolId(toolId()));
+        view->render();
+    }
+
+    void TearDown() override
+    {
+        view.reset();
+        IKToolSettings::instance().setSkeletonRoot(nullptr);
+        PLUG_Services::setSelection(nullptr);
+        PLUG_Services::setSessionContext(nullptr);
+    }
+
+    MO_Module *module(char const *name) const
+    {
+        return dynamic_cast<MO_Module *>(session->scene()->getRootGroup()->findNode(QLatin1String(name)));
+    }
+    IKTool &tool() const { return *static_cast<IKTool *>(view->tool()); }
+    IKTool::Impl &impl() const { return tool().impl(); }
+    std::vector<int> keys(MO_Module *m) const { return m->toAnimatedModule()->rotationAttr()->keyframes(); }
+
+    // The index of the (non-handle) joint of `m` in the current skeleton.
+    int jointOf(MO_Module *m) const
+    {
+        SkeletonDef const &skeleton = impl().skeleton();
+        for (SkeletonJointDef const &joint : skeleton)
+            if (joint.module.get() == m && !joint.isHandle)
+                return joint.index;
+        return -1;
+    }
+    unsigned int jointId(int k) const { return impl().record(impl().currentKey()).pickAdaptor.pickingId() + unsigned(k); }
+    unsigned int boneId(int k) const { return jointId(int(impl().skeleton().size()) + k); }
+    unsigned int itemId(int item) const { return impl().constellationPickAdaptor.pickingId() + unsigned(item); }
+
+    // The next presses find the joint k (or nothing, with -1).
+    void hitJoint(int k)
+    {
+        if (k < 0)
+            view->scripted = nullptr;
+        else
+            view->scripted = [this, k] { return std::vector<unsigned int>{jointId(k)}; };
+    }
+    // Selects the joints as plain and then extending clicks would, released without a drag.
+    void selectJoints(std::vector<int> const &joints)
+    {
+        for (std::size_t i = 0; i < joints.size(); ++i) {
+            hitJoint(joints[i]);
+            Qt::KeyboardModifiers const modifiers = i == 0 ? Qt::NoModifier : Qt::ShiftModifier;
+            view->mousePress(kEmpty, modifiers);
+            view->mouseRelease(kEmpty, modifiers);
+        }
+        hitJoint(-1);
+        view->render();
+    }
+    std::set<int> selected() const
+    {
+        std::set<int> out;
+        impl().selectedJoints(out);
+        return out;
+    }
+    // What a drag left in the records before its release.
+    struct Drag {
+        std::map<int, std::vector<Math::Point3d>> solved;    // per frame, per joint index
+        std::map<int, std::vector<Math::Point3d>> position;  // the pose the records were made from
+        std::map<int, Math::Point3d> target;                 // per frame, of the task on `watched`
+        Math::Vector3d delta;                                // scene delta of the last move
+    };
+    // Drags from kEmpty by (dx, dy) pixels in two moves and releases at the last point. The
+    // release solves once more, from where the last move left the pose; with the iteration limit
+    // at 0 that solve keeps the pose, so what the release writes is the last move's solve.
+    Drag dragBy(double dx, double dy, int watched = -1)
+    {
+        IKToolSettings &s = IKToolSettings::instance();
+        int const iterations = s.maxIterations();
+        Drag d;
+        view->mousePress(kEmpty);
+        view->mouseMove(Math::Point2d(kEmpty.x + dx / 2, kEmpty.y + dy / 2));
+        Math::Point2d const end(kEmpty.x + dx, kEmpty.y + dy);
+        view->mouseMove(end);
+        for (auto const &[f, r] : impl().frames) {
+            for (SkeletonJointDef const &joint : r.skeleton) {
+                d.solved[f].push_back(joint.solvedPosition);
+                d.position[f].push_back(joint.position);
+            }
+            auto const task = r.positionTasks.find(watched);
+            if (task != r.positionTasks.end() && task->second)
+                d.target[f] = task->second->target;
+        }
+        Math::Point2d a;
+        Math::Point2d b;
+        EXPECT_TRUE(view->viewToScene(kEmpty, a) && view->viewToScene(end, b));
+        d.delta = Math::Vector3d(b.x - a.x, b.y - a.y, 0.0);
+        s.setMaxIterations(0);
+        view->mouseRelease(end);
+        s.setMaxIterations(iterations);
+        view->render();
+        return d;
+    }
+
+    std::unique_ptr<SC_Session> session;
+    std::unique_ptr<ScriptedView> view;
+    MO_Module *upper = nullptr;
+    MO_Module *fore = nullptr;
+    MO_Module *hand = nullptr;
+};
+
+void expectEvaluatedMatchesSolved(std::map<int, std::vector<Math::Point3d>> const &solved,
+                                  std::vector<MO_Module *> const &modules, std::vector<int> const &joints)
+{
+    for (auto const &[f, positions] : solved) {
+        for (std::size_t i = 0; i < modules.size(); ++i) {
+            Math::Point3d const evaluated = IKToolUtil::getModuleJointPositionAtFrame(modules[i], f);
+            Math::Point3d const &expected = positions[std::size_t(joints[i])];
+            EXPECT_NEAR(evaluated.x, expected.x, 1e-6) << "frame " << f << " joint " << joints[i];
+            EXPECT_NEAR(evaluated.y, expected.y, 1e-6) << "frame " << f << " joint " << joints[i];
+        }
+    }
+}
+
+} // namespace
+
+TEST_F(IKToolArm, TheArmIsOneSkeletonOfThreeJointsAndAHandle)
+{
+    SkeletonDef const &skeleton = impl().skeleton();
+    ASSERT_EQ(skeleton.size(), 4u);
+    EXPECT_EQ(jointOf(upper), 0);
+    EXPECT_NE(jointOf(fore), -1);
+    EXPECT_NE(jointOf(hand), -1);
+    EXPECT_TRUE(skeleton[3].isHandle);
+    EXPECT_EQ(impl().frames.size(), 1u);  // interpolation off: the current frame alone
+}
+
+TEST_F(IKToolArm, ADragWithoutInterpolationKeysTheCurrentFrameOnlyAndUndoesInOneStep)
+{
+    QByteArray const before = TUSceneFile::write(*session->scene());
+    CO_CommandManager *manager = session->commandManager();
+    int const steps = manager->undoCount();
+    ASSERT_EQ(keys(upper), (std::vector<int>{1, 12}));
+    selectJoints({jointOf(hand)});
+    ASSERT_EQ(selected(), std::set<int>{jointOf(hand)});
+    EXPECT_EQ(manager->undoCount(), steps);  // clicks on a joint change nothing in the scene
+
+    Drag const d = dragBy(-30, 20, jointOf(hand));
+    ASSERT_EQ(d.solved.size(), 1u);
+    EXPECT_EQ(d.solved.begin()->first, 5);
+    // MoveAll: the hand's own place plus the delta.
+    Math::Point3d const expected = d.position.at(5)[std::size_t(jointOf(hand))] + d.delta;
+    EXPECT_NEAR(d.target.at(5).x, expected.x, 1e-9);
+    EXPECT_NEAR(d.target.at(5).y, expected.y, 1e-9);
+    EXPECT_EQ(keys(upper), (std::vector<int>{1, 5, 12}));
+    EXPECT_EQ(keys(fore), (std::vector<int>{1, 5, 12}));
+    expectEvaluatedMatchesSolved(d.solved, {upper, fore, hand}, {jointOf(upper), jointOf(fore), jointOf(hand)});
+    EXPECT_EQ(impl().state, IKTool::Impl::Idle);
+
+    // One step for the whole gesture. The host names a drag's step after its press scope, the
+    // outermost: the release's "IK Manipulation" scope is nested in it.
+    EXPECT_EQ(manager->undoCount(), steps + 1);
+    EXPECT_EQ(manager->undoName(), QStringLiteral("IK Tool"));
+    ASSERT_TRUE(manager->undo());
+    EXPECT_EQ(TUSceneFile::write(*session->scene()), before);
+}
+
+TEST_F(IKToolArm, ADragOverARangeKeysEveryFrameWithTheTargetsOfEachInterpolationType)
+{
+    IKToolSettings &s = IKToolSettings::instance();
+    s.setInterpolationEnabled(true);
+    s.setFrameRange(1, 12);
+    for (int type = 0; type < 4; ++type) {
+        SCOPED_TRACE(type);
+        QByteArray const before = TUSceneFile::write(*session->scene());
+        s.setInterpolationType(type);
+        view->render();
+        int const k = jointOf(hand);
+        selectJoints({k});
+        Drag const d = dragBy(-30, 20, k);
+        ASSERT_EQ(d.solved.size(), 12u);
+
+        // Targets worked out from the records' own positions, frame by frame.
+        auto const at = [&](int f) { return d.position.at(f)[std::size_t(k)]; };
+        Math::Point3d const start = at(1);
+        Math::Point3d const end = at(12);
+        Math::Point3d const target = at(5) + d.delta;
+        std::map<int, Math::Point3d> expected;
+        if (type == 0) {
+            for (int f : {1, 3, 5, 8, 12})
+                expected[f] = target;
+        } else if (type == 1) {
+            for (int f : {1, 3, 5, 8, 12})
+                expected[f] = at(f) + d.delta;
+        } else if (type == 2) {
+            expected = {{1, start},
+                        {3, start + (target - start) * 0.5},
+                        {5, target},
+                        {8, target + (end - target) * (3.0 / 7.0)},
+                        {12, end}};
+        } else {
+            // The parabola with start at u 0, target at 0.5, end at 1; u is 0.25 at frame 3 and
+            // 5/7 at frame 8. Written as the Lagrange form through the three points.
+            auto const curve = [&](double u) {
+                double const l0 = 2 * (u - 0.5) * (u - 1), l1 = -4 * u * (u - 1), l2 = 2 * u * (u - 0.5);
+                return Math::Point3d(l0 * start.x + l1 * target.x + l2 * end.x, l0 * start.y + l1 * target.y + l2 * end.y,
+                                     (1 - u) * start.z + u * end.z);
+            };
+            expected = {{1, curve(0)}, {3, curve(0.25)}, {5, curve(0.5)}, {8, curve(5.0 / 7.0)}, {12, curve(1)}};
+        }
+        for (auto const &[f, e] : expected) {
+            EXPECT_NEAR(d.target.at(f).x, e.x, 1e-9) << "frame " << f;
+            EXPECT_NEAR(d.target.at(f).y, e.y, 1e-9) << "frame " << f;
+            EXPECT_NEAR(d.target.at(f).z, e.z, 1e-9) << "frame " << f;
+        }
+
+        std::vector<int> all;
+        for (int f = 1; f <= 12; ++f)
+            all.push_back(f);
+        EXPECT_EQ(keys(upper), all);
+        EXPECT_EQ(keys(fore), all);
+        expectEvaluatedMatchesSolved(d.solved, {upper, fore, hand}, {jointOf(upper), jointOf(fore), jointOf(hand)});
+
+        ASSERT_TRUE(session->commandManager()->undo());
+        EXPECT_EQ(TUSceneFile::write(*session->scene()), before);
+    }
+}
+
+TEST_F(IKToolArm, AMoveOf4Point9StartsNothingAndOf5Point0StartsTheDrag)
+{
+    selectJoints({jointOf(hand)});
+    int const steps = session->commandManager()->undoCount();
+    view->mousePress(kEmpty);
+    EXPECT_EQ(impl().state, IKTool::Impl::Pressed);
+    view->mouseMove(Math::Point2d(kEmpty.x + 4.9, kEmpty.y));
+    EXPECT_EQ(impl().state, IKTool::Impl::Pressed);
+    EXPECT_EQ(session->commandManager()->undoCount(), steps);
+    view->mouseMove(Math::Point2d(kEmpty.x, kEmpty.y + 5.0));
+    EXPECT_EQ(impl().state, IKTool::Impl::Dragging);
+    EXPECT_EQ(impl().frames.at(5).positionTasks.size(), 1u);
+    view->mouseRelease(Math::Point2d(kEmpty.x, kEmpty.y + 5.0));
+    EXPECT_EQ(impl().state, IKTool::Impl::Idle);
+    EXPECT_EQ(session->commandManager()->undoCount(), steps + 1);
+}
+
+TEST_F(IKToolArm, APressOnOneOfSeveralSelectedJointsNarrowsTheSelectionOnlyWithoutADrag)
+{
+    int const f = jointOf(fore);
+    int const h = jointOf(hand);
+    selectJoints({f, h});
+    ASSERT_EQ(selected(), (std::set<int>{f, h}));
+
+    // A drag moves both. The press selects the pressed joint's module in the host.
+    hitJoint(f);
+    CO_CommandManager *manager = session->commandManager();
+    int const steps = manager->undoCount();
+    view->mousePress(kEmpty);
+    EXPECT_EQ(session->getSelection()->nodes(), std::vector<MO_Node *>{fore});
+    EXPECT_EQ(manager->undoCount(), steps + 1);
+    EXPECT_EQ(manager->undoName(), QStringLiteral("Selection"));
+    view->mouseMove(Math::Point2d(kEmpty.x + 20, kEmpty.y));
+    EXPECT_EQ(impl().frames.at(5).positionTasks.size(), 2u);
+    view->mouseRelease(Math::Point2d(kEmpty.x + 20, kEmpty.y));
+    EXPECT_EQ(selected(), (std::set<int>{f, h}));
+
+    // A click, without a drag, leaves only the clicked joint selected, at its release; the host
+    // selection is already the joint's module, and the scene does not change.
+    view->render();
+    int const afterDrag = manager->undoCount();
+    view->mousePress(kEmpty);
+    EXPECT_EQ(selected(), (std::set<int>{f, h}));
+    view->mouseRelease(kEmpty);
+    EXPECT_EQ(selected(), std::set<int>{f});
+    EXPECT_EQ(manager->undoCount(), afterDrag);
+}
+
+TEST_F(IKToolArm, ExtendTogglesJointsAndABonePickSelectsTheJointAtItsEndAlone)
+{
+    int const f = jointOf(fore);
+    int const h = jointOf(hand);
+    selectJoints({h});
+    hitJoint(f);
+    view->mousePress(kEmpty, Qt::ShiftModifier);
+    view->mouseRelease(kEmpty, Qt::ShiftModifier);
+    EXPECT_EQ(selected(), (std::set<int>{f, h}));
+    view->render();
+    hitJoint(h);
+    view->mousePress(kEmpty, Qt::ShiftModifier);
+    view->mouseRelease(kEmpty, Qt::ShiftModifier);
+    EXPECT_EQ(selected(), std::set<int>{f});
+    EXPECT_FALSE(impl().bonePicked);
+
+    // A bone id ignores the modifier.
+    view->render();
+    view->scripted = [this, h] { return std::vector<unsigned int>{boneId(h)}; };
+    view->mousePress(kEmpty, Qt::ShiftModifier);
+    EXPECT_EQ(selected(), std::set<int>{h});
+    EXPECT_TRUE(impl().bonePicked);
+    view->mouseRelease(kEmpty, Qt::ShiftModifier);
+
+    // A plain press on nothing empties the selection; an extending one keeps it.
+    view->render();
+    hitJoint(-1);
+    view->mousePress(kEmpty, Qt::ShiftModifier);
+    view->mouseRelease(kEmpty, Qt::ShiftModifier);
+    EXPECT_EQ(selected(), std::set<int>{h});
+}
+
+TEST_F(IKToolArm, AFlagClickCopiesTheFirstJointsNewValueToEverySelectedJointInOneStep)
+{
+    std::vector<int> const joints = {0, jointOf(fore), jointOf(hand)};
+    selectJoints(joints);
+    SkeletonDef const &skeleton = impl().skeleton();
+    // The forearm already holds its position: it keeps it and makes no command.
+    CO_CommandManager *manager = session->commandManager();
+    ASSERT_TRUE(manager->execute(skeleton.getAttribute(jointOf(fore))->holdPositionAttr()->setTextValue(0.0, "true")));
+    int const steps = manager->undoCount();
+
+    view->scripted = [this] { return std::vector<unsigned int>{itemId(IKTool::Impl::HoldPositionFlag)}; };
+    view->mousePress(kEmpty);
+    EXPECT_EQ(impl().state, IKTool::Impl::ConstellationClick);
+    view->mouseMove(Math::Point2d(kEmpty.x + 40, kEmpty.y));  // ignored
+    view->mouseRelease(Math::Point2d(kEmpty.x + 40, kEmpty.y));
+    EXPECT_EQ(impl().state, IKTool::Impl::Idle);
+    for (int k : joints)
+        EXPECT_TRUE(impl().skeleton().getAttribute(k)->holdPositionAttr()->localValue()) << k;
+    EXPECT_EQ(manager->undoCount(), steps + 1);
+    EXPECT_EQ(manager->undoName(), QStringLiteral("IK Joint Settings"));
+    EXPECT_EQ(keys(upper), (std::vector<int>{1, 12}));  // no pose was written
+}
+
+TEST_F(IKToolArm, SlidersWriteTheClampedPercentageToEverySelectedJoint)
+{
+    std::vector<int> const joints = {jointOf(fore), jointOf(hand)};
+    selectJoints(joints);
+    impl().sliderSegments[0] = Math::Segment2d(Math::Point2d(100, 280), Math::Point2d(200, 280));
+    CO_CommandManager *manager = session->commandManager();
+    int const steps = manager->undoCount();
+    auto const weights = [&] {
+        std::vector<double> out;
+        for (int k : joints)
+            out.push_back(impl().skeleton().getAttribute(k)->weightAttr()->localValue());
+        return out;
+    };
+
+    view->scripted = [this] { return std::vector<unsigned int>{itemId(IKTool::Impl::MobilitySlider)}; };
+    view->mousePress(kEmpty);  // before the track's start
+    EXPECT_EQ(impl().state, IKTool::Impl::ConstellationSlider);
+    EXPECT_EQ(weights(), (std::vector<double>{0, 0}));
+    view->mouseMove(Math::Point2d(175, 300));
+    EXPECT_EQ(weights(), (std::vector<double>{75, 75}));
+    view->mouseMove(Math::Point2d(900, 280));
+    EXPECT_EQ(weights(), (std::vector<double>{100, 100}));
+    view->mouseRelease(Math::Point2d(900, 280));
+    EXPECT_EQ(weights(), (std::vector<double>{100, 100}));
+    EXPECT_EQ(impl().state, IKTool::Impl::Idle);
+    EXPECT_EQ(manager->undoCount(), steps + 1);
+    EXPECT_EQ(manager->undoName(), QStringLiteral("IK Joint Setting"));
+}
+
+TEST_F(IKToolArm, ClearKeyframesKeepsTheEndsAndTheCurrentFrameForJointsADragWouldMove)
+{
+    IKToolSettings &s = IKToolSettings::instance();
+    s.setInterpolationEnabled(true);
+    s.setFrameRange(1, 12);
+    view->render();
+    selectJoints({jointOf(hand)});
+    dragBy(-30, 20);
+    std::vector<int> all;
+    for (int f = 1; f <= 12; ++f)
+        all.push_back(f);
+    ASSERT_EQ(keys(upper), all);
+    ASSERT_EQ(keys(fore), all);
+    std::vector<int> const handKeys = keys(hand);
+
+    view->render();
+    ASSERT_TRUE(impl().canClearKeyframes());
+    s.jointSource()->clearKeyframes();
+    // The upper arm turns with the forearm joint and the root holds its place: both take part in
+    // a drag. The hand is the parent of a handle that is not dragged, so it is frozen, and with it
+    // the forearm's rotation (which the hand joint drives) and the hand's own.
+    EXPECT_EQ(keys(upper), (std::vector<int>{1, 5, 12}));
+    EXPECT_EQ(upper->toAnimatedModule()->positionAttr()->keyframes(), (std::vector<int>{1, 5, 12}));
+    EXPECT_EQ(keys(fore), all);
+    EXPECT_EQ(keys(hand), handKeys);
+    EXPECT_TRUE(selected().empty());
+    EXPECT_EQ(session->commandManager()->undoName(), QStringLiteral("IK Clear All Affected Keyframes"));
+
+    // A range of 1 to 3 around frame 2 protects every key.
+    session->setCurrentFrame(2);
+    s.setFrameRange(1, 3);
+    view->render();
+    EXPECT_FALSE(impl().canClearKeyframes());
+}
+
+TEST_F(IKToolArm, TheCursorTellsWhatLiesUnderThePointer)
+{
+    IKTool::setResourceFolder(QStringLiteral(ANIM_SOURCE_DIR "/resources"));
+    EXPECT_EQ(tool().getCursor(kEmpty), TO_Enums::Arrow);
+    hitJoint(jointOf(hand));
+    EXPECT_EQ(tool().getCursor(kEmpty), TO_Enums::OpenHand);
+    EXPECT_EQ(impl().hoverJoint, jointOf(hand));
+    EXPECT_TRUE(selected().empty());  // a hover selects nothing
+    struct Case {
+        int item;
+        TO_Enums::Cursor cursor;
+    };
+    for (Case c : {Case{0, TO_Enums::OpenHand}, Case{4, TO_Enums::OpenHand}, Case{5, TO_Enums::SizeHorizontal},
+                   Case{7, TO_Enums::SizeHorizontal}, Case{8, TO_Enums::PointingHand}}) {
+        view->scripted = [this, c] { return std::vector<unsigned int>{itemId(c.item)}; };
+        EXPECT_EQ(tool().getCursor(kEmpty), c.cursor) << c.item;
+    }
+
+    // While a drag is under way: the tool's own cursor, registered with the view.
+    selectJoints({jointOf(hand)});
+    view->mousePress(kEmpty);
+    view->mouseMove(Math::Point2d(kEmpty.x + 10, kEmpty.y));
+    int const custom = tool().getCursor(kEmpty);
+    EXPECT_GE(custom, int(TO_Enums::CustomFirst));
+    EXPECT_FALSE(view->cursorFor(custom).pixmap().isNull());
+    view->mouseRelease(Math::Point2d(kEmpty.x + 10, kEmpty.y));
+    IKTool::setResourceFolder(QString());
+}
+
+TEST_F(IKToolArm, ViewPointsBecomeScenePointsOfTheViewsCamera)
+{
+    for (Math::Point2d const p : {Math::Point2d(0, 0), Math::Point2d(200, 150), Math::Point2d(17.5, 290)}) {
+        Math::Point2d expected;
+        ASSERT_TRUE(view->viewToScene(p, expected));
+        Math::Point3d const got = tool().viewToScene(p);
+        EXPECT_NEAR(got.x, expected.x, 1e-12);
+        EXPECT_NEAR(got.y, expected.y, 1e-12);
+        EXPECT_EQ(got.z, 0.0);
+    }
+}
+
+TEST_F(IKToolArm, SetupModeTogglesParticipationAndDragsHandlesInOneStepEach)
+{
+    IKToolSettings &s = IKToolSettings::instance();
+    s.setToolMode(IKToolSettings::SetupMode);
+    view->render();
+    auto const setupIndex = [this](MO_Module *m, bool handle) {
+        for (SkeletonJointDef const &joint : impl().setupSkeleton)
+            if (joint.module.get() == m && joint.isHandle == handle)
+                return joint.index;
+        return -1;
+    };
+    auto const hitSetup = [this](int k) {
+        view->scripted = [this, k] { return std::vector<unsigned int>{impl().setupPickAdaptor.pickingId() + unsigned(k)}; };
+    };
+    CO_CommandManager *manager = session->commandManager();
+
+    int const f = setupIndex(fore, false);
+    ASSERT_NE(f, -1);
+    hitSetup(f);
+    view->mousePress(kEmpty);
+    view->mouseRelease(kEmpty);
+    EXPECT_FALSE(IKToolUtil::participates(fore));
+    EXPECT_EQ(session->getSelection()->nodes(), std::vector<MO_Node *>{fore});
+    EXPECT_EQ(manager->undoName(), QStringLiteral("Selection"));
+    ASSERT_TRUE(manager->undo());
+    EXPECT_EQ(manager->undoName(), QStringLiteral("Define IK Joint"));
+    ASSERT_TRUE(manager->undo());
+    EXPECT_TRUE(IKToolUtil::participates(fore));
+
+    // The root is never toggled by a click.
+    view->render();
+    hitSetup(setupIndex(upper, false));
+    view->mousePress(kEmpty);
+    view->mouseRelease(kEmpty);
+    EXPECT_TRUE(IKToolUtil::isRoot(upper));
+    EXPECT_TRUE(IKToolUtil::participates(upper));
+
+    // A handle follows the pointer from its parent joint, in one step.
+    session->getSelection()->set({hand});
+    view->render();
+    int const handle = setupIndex(hand, true);
+    ASSERT_NE(handle, -1);
+    Math::Vector3d const before = IKToolUtil::handleOrientationForModule(hand);
+    int const steps = manager->undoCount();
+    hitSetup(handle);
+    view->mousePress(kEmpty);
+    EXPECT_EQ(impl().state, IKTool::Impl::DraggingHandle);
+    view->mouseMove(Math::Point2d(kEmpty.x + 10, kEmpty.y));
+    view->mouseMove(Math::Point2d(kEmpty.x + 20, kEmpty.y - 30));
+    view->mouseRelease(Math::Point2d(kEmpty.x + 20, kEmpty.y - 30));
+    EXPECT_EQ(impl().state, IKTool::Impl::Idle);
+    EXPECT_NE(IKToolUtil::handleOrientationForModule(hand), before);
+    EXPECT_EQ(manager->undoCount(), steps + 1);
+    EXPECT_EQ(manager->undoName(), QStringLiteral("IK Define Handle"));
+    EXPECT_TRUE(selected().empty());  // setup mode holds no selection
+}
