@@ -127,9 +127,22 @@ void excludeInactiveBranches(MO_Module *switcher, std::set<MO_Module *> &exclude
 
 } // namespace
 
+namespace {
+IKToolUtil::SetupKeywordOptions &keywordOptions()
+{
+    static IKToolUtil::SetupKeywordOptions options;  // main thread only
+    return options;
+}
+} // namespace
+
 IKToolUtil::SetupKeywordOptions IKToolUtil::setupKeywordOptions()
 {
-    return SetupKeywordOptions();
+    return keywordOptions();
+}
+
+void IKToolUtil::setSetupKeywordOptions(SetupKeywordOptions const &options)
+{
+    keywordOptions() = options;
 }
 
 std::set<QString> IKToolUtil::getIgnoredKeywords(SetupKeywordOptions const &options)

@@ -35,14 +35,16 @@ struct SkeletonExtractionSettings {
     std::set<MO_Module *> forcedModules;
 };
 
-// Which node kinds the setup view turns into joints. The tool settings own these options; until
-// they are wired in, setupKeywordOptions() gives the defaults.
+// Which node kinds the setup view turns into joints. The options are kept here, where extraction
+// reads them, for the whole process; the IK tool's settings are their front (usePeg, useRead,
+// useDeformer) and the only writer.
 struct SetupKeywordOptions {
     bool usePeg = true;
     bool useRead = false;
     bool useDeformer = true;
 };
 SetupKeywordOptions setupKeywordOptions();
+void setSetupKeywordOptions(SetupKeywordOptions const &options);
 
 // The keywords left out for the options that are false: "PEG"; "READ"; the deformer kinds.
 std::set<QString> getIgnoredKeywords(SetupKeywordOptions const &options);

@@ -1,5 +1,6 @@
 #include "iktool/IKToolSettings.h"
 
+#include "bridge/SkeletonExtraction.h"
 #include "skeleton/IKMetaData.h"
 
 #include <utility>
@@ -17,9 +18,7 @@ struct IKToolSettings::Impl {
     double rootTranslationGain = 1.0;
     bool enableRootTranslation = true;
     bool enableShadowPosing = true;
-    bool usePeg = true;
-    bool useRead = false;
-    bool useDeformer = true;
+    // usePeg, useRead and useDeformer are kept by the bridge, which reads them while extracting.
     bool interpolationEnabled = false;
     int fromFrame = 1;
     int toFrame = 12;
@@ -51,9 +50,9 @@ int IKToolSettings::maxIterations() const { return d_->maxIterations; }
 double IKToolSettings::rootTranslationGain() const { return d_->rootTranslationGain; }
 bool IKToolSettings::enableRootTranslation() const { return d_->enableRootTranslation; }
 bool IKToolSettings::enableShadowPosing() const { return d_->enableShadowPosing; }
-bool IKToolSettings::usePeg() const { return d_->usePeg; }
-bool IKToolSettings::useRead() const { return d_->useRead; }
-bool IKToolSettings::useDeformer() const { return d_->useDeformer; }
+bool IKToolSettings::usePeg() const { return IKToolUtil::setupKeywordOptions().usePeg; }
+bool IKToolSettings::useRead() const { return IKToolUtil::setupKeywordOptions().useRead; }
+bool IKToolSettings::useDeformer() const { return IKToolUtil::setupKeywordOptions().useDeformer; }
 bool IKToolSettings::interpolationEnabled() const { return d_->interpolationEnabled; }
 int IKToolSettings::fromFrame() const { return d_->fromFrame; }
 int IKToolSettings::toFrame() const { return d_->toFrame; }
@@ -75,19 +74,25 @@ void IKToolSettings::setUseCurrentFrame(bool use) { setChanged(d_->useCurrentFra
 
 void IKToolSettings::setUsePeg(bool use)
 {
-    d_->usePeg = use;
-    emit settingsChanged();
+    setKeywordOption(&IKToolUtil::SetupKeywordOptions::usePeg, use);
 }
 
 void IKToolSettings::setUseRead(bool use)
 {
-    d_->useRead = use;
-    emit settingsChanged();
+    setKeywordOption(&IKToolUtil::SetupKeywordOptions::useRead, use);
 }
 
 void IKToolSettings::setUseDeformer(bool use)
 {
-    d_->useDeformer = use;
+    setKeywordOption(&IKToolUtil::SetupKeywordOptions::useDeformer, use);
+}
+
+// These three do not compare: the signal goes out on every call.
+void IKToolSettings::setKeywordOption(bool IKToolUtil::SetupKeywordOptions::*option, bool use)
+{
+    IKToolUtil::SetupKeywordOptions options = IKToolUtil::setupKeywordOptions();
+    options.*option = use;
+    IKToolUtil::setSetupKeywordOptions(options);
     emit settingsChanged();
 }
 

@@ -15,6 +15,8 @@
 
 #include "host/HostAPI.h"
 
+#include "bridge/SkeletonExtraction.h"
+
 #include <set>
 #include <vector>
 
@@ -110,6 +112,7 @@ private:
     IKToolSettings();
     template <class T>
     void setChanged(T &field, T value);
+    void setKeywordOption(bool IKToolUtil::SetupKeywordOptions::*option, bool use);
 
     struct Impl;
     std::unique_ptr<Impl> d_;

@@ -79,6 +79,22 @@ TEST_F(IKToolSettingsTest, EachSetterSignalsByItsOwnRule)
     s.setRootTranslationGain(1.0);
 }
 
+TEST_F(IKToolSettingsTest, TheExtractionFiltersDecideTheIgnoredKeywords)
+{
+    std::set<QString> ignored = IKToolUtil::getIgnoredKeywords();
+    EXPECT_EQ(ignored.count("READ"), 1u);
+    EXPECT_EQ(ignored.count("PEG"), 0u);
+    s.setUseRead(true);
+    s.setUsePeg(false);
+    ignored = IKToolUtil::getIgnoredKeywords();
+    EXPECT_EQ(ignored.count("READ"), 0u);
+    EXPECT_EQ(ignored.count("PEG"), 1u);
+    EXPECT_TRUE(s.useRead());
+    EXPECT_FALSE(s.usePeg());
+    s.setUseRead(false);
+    s.setUsePeg(true);
+}
+
 TEST_F(IKToolSettingsTest, OnlyTheTwoModesAreStored)
 {
     s.setToolMode(IKToolSettings::SetupMode);
