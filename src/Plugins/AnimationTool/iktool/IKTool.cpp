@@ -9,6 +9,7 @@
 #include <QPixmap>
 
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -52,6 +53,13 @@ int offsetIn(SLB_SelectablePickAdaptor const &adaptor, unsigned int id)
     if (id < first || id - first >= std::uint32_t(adaptor.nbHandles()))
         return -1;
     return int(id - first);
+}
+
+// A pointer position that is not finite comes from a broken device or caller: it is ignored, so
+// that it never reaches a target, a slider or a handle.
+bool isFinite(Math::Point2d const &point)
+{
+    return std::isfinite(point.x) && std::isfinite(point.y);
 }
 
 bool validJoint(SkeletonDef const &skeleton, int index)
@@ -236,6 +244,9 @@ void IKTool::draw(PickMode mode)
 bool IKTool::onMouseDown(GR_StylusPoint const &point)
 {
     Impl &d = *impl_;
+    if (!isFinite(point.position()))
+        return true;
+    d.lastPoint = point.position();
     IKToolSettings &settings = IKToolSettings::instance();
     int const mode = settings.toolMode();
     settings.setJointSource(impl_.get());
@@ -291,6 +302,9 @@ bool IKTool::onMouseMove(std::vector<GR_StylusPoint> const &points)
     if (points.empty())
         return false;
     Math::Point2d const point = points.back().position();  // only the newest sample counts
+    if (!isFinite(point))
+        return true;
+    d.lastPoint = point;
 
     if (d.state == Impl::ConstellationSlider) {
         SC_InteractiveDragManager::Scope scope(dragManager(), SC_InteractiveDragManager::MOVE);
@@ -320,7 +334,8 @@ bool IKTool::onMouseMove(std::vector<GR_StylusPoint> const &points)
 bool IKTool::onMouseUp(GR_StylusPoint const &stylus)
 {
     Impl &d = *impl_;
-    Math::Point2d const point = stylus.position();
+    // A release at a point that is not finite still ends the gesture, where the last move left it.
+    Math::Point2d const point = isFinite(stylus.position()) ? stylus.position() : d.lastPoint;
     IKToolSettings::instance().setJointSource(impl_.get());
     if (d.state == Impl::ConstellationClick) {
         d.state = Impl::Idle;

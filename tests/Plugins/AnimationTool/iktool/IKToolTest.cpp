@@ -14,7 +14,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <functional>
+#include <limits>
 
 namespace {
 
@@ -560,4 +562,117 @@ TEST_F(IKToolArm, SetupModeTogglesParticipationAndDragsHandlesInOneStepEach)
     EXPECT_EQ(manager->undoCount(), steps + 1);
     EXPECT_EQ(manager->undoName(), QStringLiteral("IK Define Handle"));
     EXPECT_TRUE(selected().empty());  // setup mode holds no selection
+}
+
+TEST_F(IKToolArm, ApplyAltogetherGivesEveryFrameTheCurrentPoseOfTheSelectedJointOnThePress)
+{
+    IKToolSettings &s = IKToolSettings::instance();
+    s.setInterpolationEnabled(true);
+    s.setFrameRange(1, 12);
+    s.setInterpolationType(IKToolSettings::Linear);  // applying altogether overrides the type
+    view->render();
+    int const h = jointOf(hand);
+    selectJoints({h});
+    Math::Point3d const atCurrent = IKToolUtil::getModuleJointPositionAtFrame(hand, 5);
+    CO_CommandManager *manager = session->commandManager();
+    int const steps = manager->undoCount();
+
+    view->scripted = [this] { return std::vector<unsigned int>{itemId(IKTool::Impl::ApplyAltogetherButton)}; };
+    view->mousePress(kEmpty);
+    EXPECT_EQ(impl().state, IKTool::Impl::ApplyingAltogether);
+    EXPECT_EQ(manager->undoCount(), steps + 1);
+    EXPECT_EQ(manager->undoName(), QStringLiteral("IK Apply Altogether"));
+    for (auto const &[f, r] : impl().frames) {
+        TIK::IKPositionTask const *task = r.positionTasks.at(h);
+        EXPECT_EQ(task->target.x, atCurrent.x) << f;
+        EXPECT_EQ(task->target.y, atCurrent.y) << f;
+    }
+    view->mouseMove(Math::Point2d(kEmpty.x + 50, kEmpty.y));  // ignored
+    view->mouseRelease(Math::Point2d(kEmpty.x + 50, kEmpty.y));
+    EXPECT_EQ(impl().state, IKTool::Impl::Idle);
+    EXPECT_EQ(manager->undoCount(), steps + 1);
+
+    // The hand now stands near its frame 5 place all through the range (the solve pulls each
+    // frame's pose towards it from where that frame stood).
+    for (int f : {1, 12}) {
+        Math::Point3d const p = IKToolUtil::getModuleJointPositionAtFrame(hand, f);
+        EXPECT_LT(std::hypot(p.x - atCurrent.x, p.y - atCurrent.y), 0.05) << f;
+    }
+}
+
+TEST_F(IKToolArm, ASolveWithEveryJointFrozenPrintsTwoLinesAndKeepsThePose)
+{
+    // A bone pick of the root: no dragged joint has a parent, so every joint is frozen.
+    view->scripted = [this] { return std::vector<unsigned int>{boneId(0)}; };
+    view->mousePress(kEmpty);
+    view->mouseRelease(kEmpty);
+    view->scripted = nullptr;
+    view->render();
+    ASSERT_EQ(selected(), std::set<int>{0});
+    ASSERT_TRUE(impl().bonePicked);
+    Math::Point3d const before = IKToolUtil::getModuleJointPositionAtFrame(fore, 5);
+
+    testing::internal::CaptureStdout();
+    view->mousePress(kEmpty);
+    view->mouseMove(Math::Point2d(kEmpty.x + 20, kEmpty.y));
+    std::string const out = testing::internal::GetCapturedStdout();
+    view->mouseRelease(Math::Point2d(kEmpty.x + 20, kEmpty.y));
+    EXPECT_EQ(out, "######################################\nsolve returned: 0\n");
+    Math::Point3d const after = IKToolUtil::getModuleJointPositionAtFrame(fore, 5);
+    EXPECT_NEAR(after.x, before.x, 1e-12);
+    EXPECT_NEAR(after.y, before.y, 1e-12);
+}
+
+TEST_F(IKToolArm, PointsThatAreNotFiniteAndIdsOfNothingAreRefusedAndChangeNothing)
+{
+    double const nan = std::numeric_limits<double>::quiet_NaN();
+    double const inf = std::numeric_limits<double>::infinity();
+    int const h = jointOf(hand);
+    selectJoints({h});
+    QByteArray const before = TUSceneFile::write(*session->scene());
+    int const steps = session->commandManager()->undoCount();
+
+    struct Case {
+        char const *what;
+        Math::Point2d point;
+    };
+    for (Case const &c : {Case{"NaN x", {nan, 280}}, Case{"NaN y", {50, nan}}, Case{"+inf", {inf, 280}},
+                          Case{"-inf", {50, -inf}}}) {
+        SCOPED_TRACE(c.what);
+        // A press there is ignored.
+        EXPECT_TRUE(tool().onMouseDown(GR_StylusPoint(c.point)));
+        EXPECT_EQ(impl().state, IKTool::Impl::Idle);
+        // A move there, in a press, neither starts nor moves a drag; a release there ends it.
+        view->mousePress(kEmpty);
+        ASSERT_EQ(impl().state, IKTool::Impl::Pressed);
+        EXPECT_TRUE(tool().onMouseMove({GR_StylusPoint(c.point)}));
+        EXPECT_EQ(impl().state, IKTool::Impl::Pressed);
+        EXPECT_TRUE(tool().onMouseUp(GR_StylusPoint(c.point)));
+        EXPECT_EQ(impl().state, IKTool::Impl::Idle);
+        EXPECT_EQ(selected(), std::set<int>{h});
+        view->render();
+    }
+    EXPECT_FALSE(tool().onMouseMove({}));
+
+    // Ids that belong to nothing of the tool: a hover over them changes nothing.
+    for (unsigned int id : {0u, 0xFFFFFFu, 0xFFFFFFFFu}) {
+        EXPECT_EQ(tool().oglScanHit(id, false), -1);
+        EXPECT_EQ(selected(), std::set<int>{h});
+    }
+    // A bone id against an empty skeleton has nothing to resolve to.
+    view->scripted = nullptr;
+    tool().getCursor(kEmpty);  // a pick pass reserves the ids of the joints and bones
+    unsigned int const bone = boneId(h);
+    impl().skeleton().clear();
+    EXPECT_EQ(tool().oglScanHit(bone, true), -1);
+    EXPECT_EQ(selected(), std::set<int>{h});
+    // A constellation joint that no longer exists: the click writes nothing.
+    view->render();
+    impl().constellationJoint = 99;
+    view->scripted = [this] { return std::vector<unsigned int>{itemId(IKTool::Impl::BlockerFlag)}; };
+    view->mousePress(kEmpty);
+    view->mouseRelease(kEmpty);
+
+    EXPECT_EQ(session->commandManager()->undoCount(), steps);
+    EXPECT_EQ(TUSceneFile::write(*session->scene()), before);
 }
