@@ -676,3 +676,50 @@ TEST_F(IKToolArm, PointsThatAreNotFiniteAndIdsOfNothingAreRefusedAndChangeNothin
     EXPECT_EQ(session->commandManager()->undoCount(), steps);
     EXPECT_EQ(TUSceneFile::write(*session->scene()), before);
 }
+
+TEST_F(IKToolArm, APressOnASelectedJointTogglesTheConstellationAndADragHidesIt)
+{
+    int const h = jointOf(hand);
+    selectJoints({h});
+    hitJoint(h);
+    view->mousePress(kEmpty);
+    EXPECT_TRUE(impl().constellationVisible);
+    view->mouseRelease(kEmpty);
+    view->render();
+    view->mousePress(kEmpty);
+    EXPECT_FALSE(impl().constellationVisible);
+    view->mouseRelease(kEmpty);
+    view->render();
+    view->mousePress(kEmpty);
+    EXPECT_TRUE(impl().constellationVisible);
+    view->mouseMove(Math::Point2d(kEmpty.x + 10, kEmpty.y));
+    EXPECT_FALSE(impl().constellationVisible);
+    view->mouseRelease(Math::Point2d(kEmpty.x + 10, kEmpty.y));
+
+    // An empty press hides it, unless the third modifier is held.
+    view->render();
+    hitJoint(-1);
+    impl().constellationVisible = false;
+    view->mousePress(kEmpty, Qt::AltModifier);
+    EXPECT_TRUE(impl().constellationVisible);
+    view->mouseRelease(kEmpty, Qt::AltModifier);
+}
+
+TEST_F(IKToolArm, ARangeWithoutTheCurrentFrameHasNoPoseToDragAndWritesNothing)
+{
+    int const h = jointOf(hand);
+    selectJoints({h});  // the selection outlives the change of range
+    IKToolSettings &s = IKToolSettings::instance();
+    s.setInterpolationEnabled(true);
+    s.setFrameRange(7, 12);
+    view->render();
+    EXPECT_EQ(impl().frames.begin()->first, 7);
+    EXPECT_EQ(impl().frames.size(), 6u);
+    ASSERT_EQ(selected(), std::set<int>{h});
+    QByteArray const before = TUSceneFile::write(*session->scene());
+    view->mousePress(kEmpty);
+    view->mouseMove(Math::Point2d(kEmpty.x + 20, kEmpty.y));
+    EXPECT_EQ(impl().state, IKTool::Impl::Idle);  // the current frame's record is empty
+    view->mouseRelease(Math::Point2d(kEmpty.x + 20, kEmpty.y));
+    EXPECT_EQ(TUSceneFile::write(*session->scene()), before);
+}
