@@ -723,3 +723,48 @@ TEST_F(IKToolArm, ARangeWithoutTheCurrentFrameHasNoPoseToDragAndWritesNothing)
     view->mouseRelease(Math::Point2d(kEmpty.x + 20, kEmpty.y));
     EXPECT_EQ(TUSceneFile::write(*session->scene()), before);
 }
+
+TEST_F(IKToolArm, AHeldJointRunsFromItsFirstToItsLastPlaceUnlessItFollowsItsActualPosition)
+{
+    IKToolSettings &s = IKToolSettings::instance();
+    s.setInterpolationEnabled(true);
+    s.setFrameRange(1, 12);
+    view->render();
+    int const f = jointOf(fore);
+    int const h = jointOf(hand);
+    selectJoints({h});
+    JointAttr *attr = impl().skeleton().getAttribute(f);
+    CO_CommandManager *manager = session->commandManager();
+    ASSERT_TRUE(manager->execute(attr->holdPositionAttr()->setTextValue(0.0, "true")));
+
+    // The tasks as a drag sets them up: the hand's drag task, then the forearm's hold task. Before
+    // any solve, the hold task's residual is the forearm's place minus the task's target.
+    for (bool actual : {false, true}) {
+        SCOPED_TRACE(actual);
+        if (actual) {
+            ASSERT_TRUE(manager->execute(attr->useActualPositionAttr()->setTextValue(0.0, "true")));
+        }
+        view->render();
+        impl().resetSolvers();
+        impl().setUpTasks();
+        Math::Point3d const first = impl().frames.at(1).skeleton[std::size_t(f)].position;
+        Math::Point3d const last = impl().frames.at(12).skeleton[std::size_t(f)].position;
+        for (int frame : {1, 4, 9, 12}) {
+            FrameRecord &r = impl().frames.at(frame);
+            Math::Point3d const here = r.skeleton[std::size_t(f)].position;
+            double const t = (frame - 1) / 11.0;
+            Math::Point3d const target =
+                actual ? here : Math::Point3d(first.x + (last.x - first.x) * t, first.y + (last.y - first.y) * t, 0);
+            std::vector<double> const residuals = r.solver->currentResiduals();
+            std::size_t const hold = std::size_t(r.solver->parameterCount()) + 2;
+            ASSERT_GT(residuals.size(), hold + 1);
+            EXPECT_NEAR(residuals[hold], here.x - target.x, 1e-12) << frame;
+            EXPECT_NEAR(residuals[hold + 1], here.y - target.y, 1e-12) << frame;
+        }
+        // Frame 4 is not on the line from frame 1 to 12: the two cases differ there.
+        if (!actual) {
+            TIK::IKSolver *solver = impl().frames.at(4).solver.get();
+            EXPECT_GT(std::abs(solver->currentResiduals()[std::size_t(solver->parameterCount()) + 2]), 1e-6);
+        }
+    }
+}
