@@ -16,6 +16,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 namespace {
 
 QString const kInt = QStringLiteral("test.dialog.int");
@@ -110,6 +112,40 @@ TEST_F(PreferencesDialogBinding, MissingOrMistypedKeysLeaveTheFormValue)
     EXPECT_FALSE(bound<QCheckBox>(dialog, kBool)->isChecked());
     EXPECT_EQ(tuPref->getStringValue(kInt, QString()), QStringLiteral("not a number"));  // opening writes nothing
     EXPECT_EQ(tuPref->find(kBool), nullptr);
+}
+
+// Stored values come from a file the user may have edited: whatever is stored, opening the dialog
+// shows something the editor can hold and writes nothing.
+TEST_F(PreferencesDialogBinding, StoredValuesOutsideTheEditorsRangeAreShownClampedAndLeftAlone)
+{
+    struct Case {
+        char const *what;
+        void (*store)();
+        int shown;  // by the spin box of range 0 to 100, whose form value is 7
+    };
+    Case const cases[] = {
+        {"below the range", [] { tuPref->setIntValue(kInt, -5); }, 0},
+        {"above the range", [] { tuPref->setIntValue(kInt, 1000); }, 100},
+        {"the lowest int", [] { tuPref->setIntValue(kInt, std::numeric_limits<int>::min()); }, 0},
+        {"a double", [] { tuPref->setDoubleValue(kInt, 3.5); }, 7},
+        {"a colour", [] { tuPref->setRgbaValue(kInt, 0xff000000u); }, 7},
+        {"a bool", [] { tuPref->setBoolValue(kInt, true); }, 7},
+        {"nothing", [] {}, 7},
+    };
+    for (Case const &c : cases) {
+        SCOPED_TRACE(c.what);
+        tuPref->remove(kInt);
+        c.store();
+        PR_PreferenceItem const *before = tuPref->find(kInt);
+        QVariant const stored = before ? before->value() : QVariant();
+        AH_PreferencesDialog dialog(&hook);
+        EXPECT_EQ(bound<QSpinBox>(dialog, kInt)->value(), c.shown);
+        PR_PreferenceItem const *after = tuPref->find(kInt);
+        EXPECT_EQ(after != nullptr, before != nullptr);
+        if (after) {
+            EXPECT_EQ(after->value(), stored);
+        }
+    }
 }
 
 TEST_F(PreferencesDialogBinding, OkWritesEveryBoundKeyAndCancelNone)
