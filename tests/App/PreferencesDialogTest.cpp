@@ -1,5 +1,6 @@
 // The preferences dialog binds the widgets of plug-in tabs to preference keys by their "prefKey"
 // property: it shows the stored values, writes them on OK only, and edits colours with alpha.
+#include "AH_Host.h"
 #include "AH_PreferencesDialog.h"
 #include "ColourDialogDriver.h"
 #include "plugin/PLUG_PreferenceUI.h"
@@ -7,11 +8,13 @@
 
 #include <QCheckBox>
 #include <QDoubleSpinBox>
+#include <QFile>
 #include <QFormLayout>
 #include <QLabel>
 #include <QSignalSpy>
 #include <QSpinBox>
 #include <QTabWidget>
+#include <QTemporaryDir>
 #include <QToolButton>
 
 #include <gtest/gtest.h>
@@ -187,6 +190,46 @@ TEST_F(PreferencesDialogBinding, CancellingTheColourDialogKeepsTheColour)
     EXPECT_EQ(button->property("color").value<QColor>().rgba(), 0x80112233u);
     dialog.accept();
     EXPECT_EQ(tuPref->getRgbaValue(kColour, 0), 0x80112233u);
+}
+
+// The application as it starts: the plug-in, loaded with its IK tool on, adds its two forms to the
+// dialog of the window, which shows the values of the preference file.
+TEST(PreferencesDialogInTheApplication, ShowsTheIKToolTabsWithTheStoredValues)
+{
+    QTemporaryDir folder;
+    ASSERT_TRUE(folder.isValid());
+    QString const prefs = folder.filePath(QStringLiteral("prefs.xml"));
+    QFile file(prefs);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<preferences version=\"1\">\n"
+               " <bool key=\"QV_HAS_NEW_IK_TOOL\" value=\"true\"/>\n <int key=\"ikJointSize\" value=\"9\"/>\n"
+               " <rgba key=\"ikBoneColor\" value=\"#80ff0000\"/>\n</preferences>\n");
+    file.close();
+    AH_Options options;
+    QString error;
+    ASSERT_TRUE(AH_Options::parse({QStringLiteral("animhost"), QStringLiteral("--prefs"), prefs}, options, &error));
+    AH_Host host;
+    host.startup(options);
+    ASSERT_TRUE(host.pluginErrors().isEmpty()) << host.pluginErrors().join('\n').toStdString();
+    {
+        AH_PreferencesDialog dialog(host.preferenceUI());
+        EXPECT_NE(dialog.page(PLUG_PreferenceUI::ToolsPage)->findChild<QWidget *>(QStringLiteral("ikPreferencePanel")), nullptr);
+        EXPECT_NE(dialog.page(PLUG_PreferenceUI::ColoursPage)->findChild<QWidget *>(QStringLiteral("ikColorPanel")), nullptr);
+        int sizes = 0, colours = 0;
+        for (QWidget *widget : dialog.boundWidgets()) {
+            QString const key = widget->property("prefKey").toString();
+            if (key == QLatin1String("ikJointSize")) {
+                ++sizes;
+                EXPECT_EQ(qobject_cast<QSpinBox *>(widget)->value(), 9);
+            } else if (key == QLatin1String("ikBoneColor")) {
+                ++colours;
+                EXPECT_EQ(widget->property("color").value<QColor>().rgba(), 0x80ff0000u);
+            }
+        }
+        EXPECT_EQ(sizes, 2);  // the sizes form is on both pages
+        EXPECT_EQ(colours, 2);
+    }
+    host.shutdown();
 }
 
 } // namespace
