@@ -211,36 +211,6 @@ int IKTool::oglScanHit(unsigned int id, bool press)
     return -1;
 }
 
-void IKTool::draw(PickMode mode)
-{
-    Impl &d = *impl_;
-    if (mode == NoDrawing)
-        return;
-    IKToolSettings &settings = IKToolSettings::instance();
-    if (!settings.skeletonRoot()) {
-        d.clearFrames();
-        d.selectedJointMap.clear();
-        d.jointPaths.clear();
-        return;
-    }
-    if (!d.pressed)
-        d.rebuildFrames();
-    bool const pick = mode != NormalMode;
-    if (settings.toolMode() == IKToolSettings::SetupMode) {
-        if (d.state != Impl::DraggingHandle)
-            d.setupJoint = -1;
-        d.pendingJoint = -1;
-        d.selectedJointMap.clear();
-        d.updateSetupSkeleton(pick);
-        if (pick)
-            return;
-    }
-    // The skeleton is not painted yet; its picking ids are reserved all the same, so that a hit
-    // found by a pick pass resolves to the joints and bones of the current pose.
-    if (pick)
-        d.reserveHandles(d.record(d.currentKey()).pickAdaptor, d.skeleton());
-}
-
 bool IKTool::onMouseDown(GR_StylusPoint const &point)
 {
     Impl &d = *impl_;

@@ -46,7 +46,8 @@ public:
     bool onMouseUp(GR_StylusPoint const &point) override;
     // Resolves a picking id of the tool's joints, bones, setup joints or constellation; always -1.
     int oglScanHit(unsigned int id, bool press) override;
-    // Rebuilds the pose records while no press is under way; draws nothing yet.
+    // Rebuilds the pose records while no press is under way, then paints the setup skeleton or the
+    // ghosts, the current pose and the constellation; a pick pass paints them in picking id colours.
     void draw(PickMode mode) override;
     TO_Enums::Cursor getCursor(Math::Point2d const &point) override;
     // Empty on purpose: a reset changes no tool state.
@@ -70,6 +71,10 @@ protected:
     // Copies the current frame's pose of the selected joints to every frame of the active range,
     // in one undo step "IK Apply Altogether".
     void applyAltogether();
+    // The skeleton of every candidate module, for setup mode.
+    void drawSetupMode(bool pick);
+    // The poses of the other frames of the range, fading towards its far ends.
+    void drawInterpolationMode();
 
 private:
     std::unique_ptr<Impl> impl_;

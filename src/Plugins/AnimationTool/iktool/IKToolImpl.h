@@ -20,6 +20,11 @@
 
 #include <map>
 
+class VU_Painter;
+namespace IKToolRendering {
+class RenderingStyle;
+}
+
 // Owns the picking ids of one pose's joints and bones; hits are resolved in IKTool::oglScanHit.
 class IKToolPickAdaptor : public SLB_SelectablePickAdaptor {
 public:
@@ -111,6 +116,20 @@ struct IKTool::Impl : public IKToolSettings::SelectionJointSource {
     void updateSetupSkeleton(bool pick);
     // Makes sure `adaptor` holds an id for each joint and each bone of `skeleton`.
     static void reserveHandles(SLB_SelectablePickAdaptor &adaptor, SkeletonDef const &skeleton);
+
+    // The colour of the ghost at `frame` of the range from `from` to `to`: the preference colour of
+    // the earlier or later frames, its alpha from 0.8 beside `current` down to 0.05 at the far ends.
+    static VS_RGBA ghostColour(int from, int current, int to, int frame);
+    // One skeleton at its solved positions, bones then joints; in a pick pass joint i has the id
+    // adaptor.pickingId() + i and the bone that ends at it pickingId() + n + i.
+    static void drawSkeleton(CC_CameraChainTransformCanvasBinder &binder, VU_Painter &painter,
+                             SkeletonDef const &skeleton, std::map<int, Math::Point3d> const &selected,
+                             SLB_SelectablePickAdaptor &adaptor, bool pick,
+                             IKToolRendering::RenderingStyle const &style, bool pressed, bool ghost);
+    // The constellation of constellationJoint, or of the lowest selected joint; hides it when no
+    // joint is selected. Writes sliderSegments.
+    void drawConstellationFor(SkeletonDef const &skeleton, CC_CameraChainTransformCanvasBinder &binder,
+                              VU_Painter &painter, TO_AbstractTool::PickMode mode);
 
     // Makes `module` the only selected node, in one undo step "Selection".
     void selectModule(MO_Module *module);

@@ -4,6 +4,7 @@
 // picking id of the tool stands in for the joints, bones and constellation items under the pointer.
 #include "iktool/IKTool.h"
 #include "iktool/IKToolImpl.h"
+#include "iktool/IKPreferences.h"
 
 #include "bridge/JointDefinition.h"
 
@@ -75,6 +76,7 @@ protected:
         s.setEnableRootTranslation(false);
         s.setSkeletonRoot(upper);
 
+        PLUG_Services::setPluginPath(QStringLiteral("AnimationTool"), QStringLiteral(ANIM_SOURCE_DIR));
         view = std::make_unique<ScriptedView>(session.get());
         view->resize(400, 300);
         ASSERT_TRUE(view->setToolId(toolId()));
@@ -767,4 +769,131 @@ TEST_F(IKToolArm, AHeldJointRunsFromItsFirstToItsLastPlaceUnlessItFollowsItsActu
             EXPECT_GT(std::abs(solver->currentResiduals()[std::size_t(solver->parameterCount()) + 2]), 1e-6);
         }
     }
+}
+
+// Drawing: the tool's pose painted in the view, and found again by the view's real pick pass.
+
+namespace {
+
+// Where the view paints a scene point of the tool's skeletons (drawn with an identity model matrix).
+Math::Point2d pixelOf(VW_View &view, Math::Point3d const &point)
+{
+    Math::CameraTransformChain chain = view.canvasBinder()->cameraTransformChain();
+    chain.setModelMatrix(Math::Matrix4x4());
+    Math::Point2d out;
+    chain.project(Math::CameraTransformChain::ModelFrame, point, out);
+    return out;
+}
+
+VS_RGBA pixelAt(QImage const &image, Math::Point2d const &p)
+{
+    QColor const c = image.pixelColor(int(std::lround(p.x)), int(std::lround(p.y)));
+    return VS_RGBA(std::uint8_t(c.red()), std::uint8_t(c.green()), std::uint8_t(c.blue()), std::uint8_t(c.alpha()));
+}
+
+bool sameColour(VS_RGBA const &a, VS_RGBA const &b) { return a.r == b.r && a.g == b.g && a.b == b.b; }
+
+}  // namespace
+
+TEST_F(IKToolArm, AJointIsPaintedAtItsPlaceAndARealPickThereSelectsIt)
+{
+    hitJoint(-1);  // the view's own pick pass alone
+    int const f = jointOf(fore);
+    ASSERT_GE(f, 0);
+    Math::Point2d const p = pixelOf(*view, impl().skeleton()[std::size_t(f)].solvedPosition);
+    QImage const &image = view->render();
+    // Every weight is at the scale's maximum, so the disc shows the fill colour itself.
+    EXPECT_TRUE(sameColour(pixelAt(image, p), IKPreferences::jointFillColor()));
+    EXPECT_TRUE(selected().empty());
+
+    view->mousePress(p);
+    view->mouseRelease(p);
+    EXPECT_EQ(selected(), std::set<int>{f});
+    // The pick pass reserved an id for each joint and each bone.
+    EXPECT_GE(impl().record(impl().currentKey()).pickAdaptor.nbHandles(), 2 * int(impl().skeleton().size()));
+
+    // Selected, the joint wears a halo just inside its rim.
+    QImage const &haloed = view->render();
+    int const r = IKPreferences::jointSize();
+    EXPECT_TRUE(sameColour(pixelAt(haloed, p + Math::Vector2d(r, 0)), IKPreferences::selectedJointColor()));
+}
+
+TEST_F(IKToolArm, ARealPickOnTheConstellationFlipsTheFlagOfTheButtonUnderThePointer)
+{
+    hitJoint(-1);
+    int const f = jointOf(fore);
+    Math::Point2d const p = pixelOf(*view, impl().skeleton()[std::size_t(f)].solvedPosition);
+    view->mousePress(p);
+    view->mouseRelease(p);
+    ASSERT_EQ(selected(), std::set<int>{f});
+    view->render();
+    if (!impl().constellationVisible) {  // a press that leaves it hidden shows it the next time
+        view->mousePress(p);
+        view->mouseRelease(p);
+        view->render();
+    }
+    ASSERT_TRUE(impl().constellationVisible);
+    EXPECT_EQ(impl().constellationJoint, f);
+    // The mobility button sits 32 pixels left of its slider's track.
+    Math::Segment2d const track = impl().sliderSegments[0];
+    EXPECT_GT(track.b.x, track.a.x);
+    Math::Point2d const button = track.a - Math::Vector2d(32, 0);
+    bool const mobile = impl().skeleton()[std::size_t(f)].isMobile();
+    view->mousePress(button);
+    view->mouseRelease(button);
+    view->render();
+    EXPECT_EQ(impl().skeleton()[std::size_t(f)].isMobile(), !mobile);
+    EXPECT_EQ(selected(), std::set<int>{f});
+}
+
+TEST_F(IKToolArm, SetupModeEmptiesTheSelectionAndPicksOnlySetupJoints)
+{
+    hitJoint(-1);
+    int const f = jointOf(fore);
+    Math::Point2d const p = pixelOf(*view, impl().skeleton()[std::size_t(f)].solvedPosition);
+    view->mousePress(p);
+    view->mouseRelease(p);
+    ASSERT_EQ(selected(), std::set<int>{f});
+    IKToolSettings::instance().setToolMode(IKToolSettings::SetupMode);
+    view->render();
+    EXPECT_TRUE(selected().empty());
+    EXPECT_FALSE(impl().constellationVisible && impl().constellationJoint >= 0);
+    ASSERT_FALSE(impl().setupSkeleton.empty());
+    view->pick(UT_Point::fromPoint2d(p), false, 0);
+    EXPECT_TRUE(impl().hoverFromSetup);
+    EXPECT_GE(impl().hoverJoint, 0);
+}
+
+TEST(IKToolGhosts, GhostsFadeFromBesideTheCurrentFrameToTheFarEnds)
+{
+    struct Case {
+        int frame;
+        int alpha;
+        bool after;
+    };
+    // A range of 1 to 5 with the current frame at 3.
+    Case const cases[] = {{1, 12, false}, {2, 76, false}, {4, 140, true}, {5, 76, true}};
+    for (Case const &c : cases) {
+        VS_RGBA const colour = IKTool::Impl::ghostColour(1, 3, 5, c.frame);
+        VS_RGBA const base =
+            c.after ? IKPreferences::interpolationBaseColorAfter() : IKPreferences::interpolationBaseColorBefore();
+        EXPECT_EQ(int(colour.a), c.alpha) << c.frame;
+        EXPECT_TRUE(sameColour(colour, base)) << c.frame;
+    }
+}
+
+TEST_F(IKToolArm, GhostsOfTheOtherFramesAreDrawnUnderThePose)
+{
+    hitJoint(-1);
+    IKToolSettings &s = IKToolSettings::instance();
+    s.setInterpolationEnabled(true);
+    s.setFrameRange(1, 12);
+    QImage const withGhosts = view->render();
+    s.setInterpolationEnabled(false);
+    QImage const alone = view->render();
+    // The arm has no keys that move it, so the ghosts sit under the pose; they tint its bones.
+    int const f = jointOf(fore);
+    Math::Point2d const a = pixelOf(*view, impl().skeleton()[std::size_t(f)].solvedPosition);
+    EXPECT_NE(withGhosts, alone);
+    EXPECT_TRUE(sameColour(pixelAt(alone, a), pixelAt(withGhosts, a)));  // the pose is on top
 }
