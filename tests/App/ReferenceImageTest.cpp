@@ -5,6 +5,8 @@
 #include "session/SC_Session.h"
 #include "view/VW_View.h"
 
+#include "ReferenceImage.h"
+
 #include <QDir>
 #include <QImage>
 
@@ -16,21 +18,6 @@ namespace {
 
 QString const kScenes = QStringLiteral(ANIM_SOURCE_DIR "/examples/scenes/");
 QString const kReferences = QStringLiteral(ANIM_SOURCE_DIR "/tests/App/reference/");
-
-// Pixels whose channels all lie within `tolerance` of the reference, as a share of all pixels.
-double matchingShare(QImage const &image, QImage const &reference, int tolerance)
-{
-    QImage const a = image.convertToFormat(QImage::Format_ARGB32);
-    QImage const b = reference.convertToFormat(QImage::Format_ARGB32);
-    long matching = 0;
-    for (int y = 0; y < a.height(); ++y)
-        for (int x = 0; x < a.width(); ++x) {
-            QRgb const p = a.pixel(x, y), q = b.pixel(x, y);
-            matching += std::abs(qRed(p) - qRed(q)) <= tolerance && std::abs(qGreen(p) - qGreen(q)) <= tolerance &&
-                        std::abs(qBlue(p) - qBlue(q)) <= tolerance && std::abs(qAlpha(p) - qAlpha(q)) <= tolerance;
-        }
-    return double(matching) / (double(a.width()) * a.height());
-}
 
 struct Shot {
     char const *scene;

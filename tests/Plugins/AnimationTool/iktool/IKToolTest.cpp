@@ -5,6 +5,7 @@
 #include "iktool/IKTool.h"
 #include "iktool/IKToolImpl.h"
 #include "iktool/IKPreferences.h"
+#include "IKToolTestScene.h"
 
 #include "bridge/JointDefinition.h"
 
@@ -49,14 +50,7 @@ class IKToolArm : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        QFile file(QStringLiteral(ANIM_SOURCE_DIR "/examples/scenes/arm.xml"));
-        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-        QString error;
-        std::unique_ptr<TUScene> scene = TUSceneFile::read(file.readAll(), QStringLiteral("arm.xml"), &error);
-        ASSERT_TRUE(scene) << error.toStdString();
-        session = std::make_unique<SC_Session>(std::move(scene));
-        PLUG_Services::setSessionContext(session.get());
-        PLUG_Services::setSelection(session->getSelection());
+        ASSERT_NO_FATAL_FAILURE(openExampleScene("arm.xml", session));
         upper = module("UpperArm-P");
         fore = module("Forearm-P");
         hand = module("Hand-P");
@@ -86,15 +80,10 @@ protected:
     void TearDown() override
     {
         view.reset();
-        IKToolSettings::instance().setSkeletonRoot(nullptr);
-        PLUG_Services::setSelection(nullptr);
-        PLUG_Services::setSessionContext(nullptr);
+        closeExampleScene();
     }
 
-    MO_Module *module(char const *name) const
-    {
-        return dynamic_cast<MO_Module *>(session->scene()->getRootGroup()->findNode(QLatin1String(name)));
-    }
+    MO_Module *module(char const *name) const { return moduleNamed(*session, name); }
     IKTool &tool() const { return *static_cast<IKTool *>(view->tool()); }
     IKTool::Impl &impl() const { return tool().impl(); }
     std::vector<int> keys(MO_Module *m) const { return m->toAnimatedModule()->rotationAttr()->keyframes(); }
