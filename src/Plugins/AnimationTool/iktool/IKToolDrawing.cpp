@@ -25,11 +25,13 @@ VS_RGBA IKTool::Impl::ghostColour(int from, int current, int to, int frame)
     double a;
     if (frame > current) {
         colour = IKPreferences::interpolationBaseColorAfter();
-        a = 1.0 - double(frame - current) / double(to - current + 1);
+        a = 1.0 - double(frame - current) / double(std::max(1, to - current + 1));
     } else {
         colour = IKPreferences::interpolationBaseColorBefore();
-        a = double(frame - from) / double(current - from + 1);
+        a = double(frame - from) / double(std::max(1, current - from + 1));
     }
+    // Careful: a current frame outside the range would put a out of 0..1, and the byte out of range.
+    a = std::clamp(a, 0.0, 1.0);
     colour.a = std::uint8_t(int(((1.0 - a) * 0.05 + a * 0.8) * 255.0));
     return colour;
 }

@@ -869,6 +869,16 @@ TEST(IKToolGhosts, GhostsFadeFromBesideTheCurrentFrameToTheFarEnds)
         EXPECT_EQ(int(colour.a), c.alpha) << c.frame;
         EXPECT_TRUE(sameColour(colour, base)) << c.frame;
     }
+    // A current frame outside the range, or a range of one frame, keeps the alpha between the ends.
+    struct Odd {
+        int from, current, to, frame;
+    };
+    Odd const odd[] = {{5, 2, 9, 1}, {5, 4, 5, 9}, {3, 3, 3, 3}, {1, 8, 5, 3}, {1, 8, 5, 12}};
+    for (Odd const &o : odd) {
+        int const alpha = IKTool::Impl::ghostColour(o.from, o.current, o.to, o.frame).a;
+        EXPECT_GE(alpha, 12) << o.from << " " << o.current << " " << o.to << " " << o.frame;
+        EXPECT_LE(alpha, 204) << o.from << " " << o.current << " " << o.to << " " << o.frame;
+    }
 }
 
 TEST_F(IKToolArm, GhostsOfTheOtherFramesAreDrawnUnderThePose)
