@@ -896,3 +896,18 @@ TEST_F(IKToolArm, GhostsOfTheOtherFramesAreDrawnUnderThePose)
     EXPECT_NE(withGhosts, alone);
     EXPECT_TRUE(sameColour(pixelAt(alone, a), pixelAt(withGhosts, a)));  // the pose is on top
 }
+
+TEST_F(IKToolArm, ARealPickOnABoneSelectsTheJointItLeadsTo)
+{
+    hitJoint(-1);
+    int const f = jointOf(fore);
+    int const h = jointOf(hand);
+    Math::Point2d const a = pixelOf(*view, impl().skeleton()[std::size_t(f)].solvedPosition);
+    Math::Point2d const b = pixelOf(*view, impl().skeleton()[std::size_t(h)].solvedPosition);
+    Math::Point2d const middle = a + (b - a) * 0.5;
+    ASSERT_GT(a.GetDistance(b), 3.0 * IKPreferences::jointPickSize());
+    view->mousePress(middle);
+    EXPECT_TRUE(impl().bonePicked);
+    view->mouseRelease(middle);
+    EXPECT_EQ(selected(), std::set<int>{h});
+}
