@@ -851,6 +851,10 @@ TEST_F(IKToolArm, SetupModeEmptiesTheSelectionAndPicksOnlySetupJoints)
     view->pick(UT_Point::fromPoint2d(p), false, 0);
     EXPECT_TRUE(impl().hoverFromSetup);
     EXPECT_GE(impl().hoverJoint, 0);
+    // Setup bones are not offered to picking: the middle of a bone finds no joint.
+    Math::Point2d const b = pixelOf(*view, impl().skeleton()[std::size_t(jointOf(hand))].solvedPosition);
+    view->pick(UT_Point::fromPoint2d(p + (b - p) * 0.5), false, 0);
+    EXPECT_EQ(impl().hoverJoint, -1);
 }
 
 TEST(IKToolGhosts, GhostsFadeFromBesideTheCurrentFrameToTheFarEnds)
