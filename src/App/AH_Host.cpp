@@ -8,6 +8,8 @@
 #include "plugin/PLUG_Services.h"
 #include "plugin/PLUG_ToolbarService.h"
 #include "preference/PR_Preference.h"
+#include "session/SC_Session.h"
+#include "session/TUSceneChangeManager.h"
 
 #include <QCommandLineParser>
 
@@ -49,7 +51,24 @@ QString AH_Options::usage()
     return QStringLiteral("usage: animhost [--prefs PATH] [--plugins DIR] [--batch SCRIPT [--output DIR] | --run SCRIPT] [--screenshot FILE] [SCENE]");
 }
 
+namespace {
+
+// The session context before a scene is open: the run's change manager, and no drag manager.
+class StartupSessionContext final : public SC_SessionContext {
+public:
+    explicit StartupSessionContext(TUSceneChangeManager *changes) : changes_(changes) {}
+    TUSceneChangeManager *changeManager() const override { return changes_; }
+    SC_InteractiveDragManager *dragManager() const override { return nullptr; }
+
+private:
+    TUSceneChangeManager *changes_;
+};
+
+} // namespace
+
 struct AH_Host::Impl {
+    std::unique_ptr<TUSceneChangeManager> changes = std::make_unique<TUSceneChangeManager>();
+    std::unique_ptr<StartupSessionContext> startupContext = std::make_unique<StartupSessionContext>(changes.get());
     std::unique_ptr<AC_Manager> actions = std::make_unique<AC_Manager>();
     std::unique_ptr<PLUG_MenuModel> menus = std::make_unique<PLUG_MenuModel>();
     std::unique_ptr<PLUG_ToolbarModel> toolbars = std::make_unique<PLUG_ToolbarModel>();
@@ -72,6 +91,8 @@ void AH_Host::startup(AH_Options const &options)
     PLUG_Services::setMenuService(d_->menus.get());
     PLUG_Services::setToolbarService(d_->toolbars.get());
     PLUG_Services::setPreference(d_->preferenceUI.get());
+    // Replaced by the workspace's session once a scene is open.
+    PLUG_Services::setSessionContext(d_->startupContext.get());
     d_->loader = std::make_unique<PLUG_PluginLoader>(options.pluginsDir);
     d_->loader->load(QStringLiteral("AnimationTool"));
     d_->running = true;
@@ -88,6 +109,8 @@ void AH_Host::shutdown()
     PLUG_Services::setMenuService(nullptr);
     PLUG_Services::setToolbarService(nullptr);
     PLUG_Services::setPreference(nullptr);
+    if (PLUG_Services::getSessionContext() == d_->startupContext.get())
+        PLUG_Services::setSessionContext(nullptr);
     tuPref->save();
 }
 
@@ -109,6 +132,11 @@ PLUG_ToolbarModel *AH_Host::toolbars() const
 PLUG_PreferenceUI *AH_Host::preferenceUI() const
 {
     return d_->preferenceUI.get();
+}
+
+TUSceneChangeManager *AH_Host::changeManager() const
+{
+    return d_->changes.get();
 }
 
 QStringList AH_Host::pluginErrors() const

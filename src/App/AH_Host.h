@@ -4,6 +4,10 @@
 // the services are set up in PLUG_Services, and only then is the plug-in opened, since its static
 // initialisers read preferences and its polish uses the services. At exit the plug-ins are
 // unpolished and the preferences saved.
+//
+// The host also owns the scene change manager of the whole run, and a session context that gives
+// it out before any scene is open: a plug-in connects to its signals when it loads, and the
+// workspace that opens scenes afterwards (AH_Workspace(host.changeManager())) reports to it.
 #pragma once
 
 #include <QString>
@@ -16,6 +20,7 @@ class PLUG_MenuModel;
 class PLUG_PluginLoader;
 class PLUG_PreferenceUI;
 class PLUG_ToolbarModel;
+class TUSceneChangeManager;
 
 // What the command line asks for.
 struct AH_Options {
@@ -51,6 +56,7 @@ public:
     PLUG_ToolbarModel *toolbars() const;
     PLUG_PreferenceUI *preferenceUI() const;
     QStringList pluginErrors() const;
+    TUSceneChangeManager *changeManager() const;  // never null; lives as long as the host
 
 private:
     struct Impl;

@@ -7,6 +7,7 @@
 #include "scene/TUSceneFile.h"
 #include "session/SC_Session.h"
 #include "session/SL_Selection.h"
+#include "session/TUSceneChangeManager.h"
 #include "tool/TO_ToolFactory.h"
 #include "view/VW_View.h"
 
@@ -39,6 +40,10 @@ QString unknownNode(QString const &name)
 } // namespace
 
 struct AH_Workspace::Impl {
+    // One change manager for every scene the workspace opens, so that listeners connected once
+    // (the plug-in's, at load) hear them all. It outlives the sessions: declared first.
+    std::unique_ptr<TUSceneChangeManager> ownChanges;  // null when the application lends one
+    TUSceneChangeManager *changes = nullptr;           // = ownChanges or the lent one; never null
     // The view refers to the session: it is declared after it and so destroyed before it.
     std::unique_ptr<SC_Session> session;
     std::unique_ptr<VW_View> view;
@@ -46,11 +51,18 @@ struct AH_Workspace::Impl {
     QString path;
 };
 
-AH_Workspace::AH_Workspace(QObject *parent) : QObject(parent), d_(std::make_unique<Impl>())
+AH_Workspace::AH_Workspace(QObject *parent) : AH_Workspace(nullptr, parent) {}
+
+AH_Workspace::AH_Workspace(TUSceneChangeManager *changes, QObject *parent) : QObject(parent), d_(std::make_unique<Impl>())
 {
+    if (!changes) {
+        d_->ownChanges = std::make_unique<TUSceneChangeManager>();
+        changes = d_->ownChanges.get();
+    }
+    d_->changes = changes;
     d_->relay = std::make_unique<CommandRelay>(this);
     d_->view = std::make_unique<VW_View>(nullptr);
-    install(std::make_unique<SC_Session>(std::make_unique<TUScene>()), QString());
+    install(std::make_unique<SC_Session>(std::make_unique<TUScene>(), d_->changes), QString());
     phone(&CX_Context::GetInstance());
     d_->view->setToolId(CX_Context::GetInstance().currentToolId());
 }
@@ -80,6 +92,7 @@ void AH_Workspace::install(std::unique_ptr<SC_Session> session, QString const &p
     PLUG_Services::setEditionStackInterface(s);
     d_->relay->phone(s->commandManager());
     d_->view->setSession(s);
+    d_->changes->emitSceneChanged();
     emit sessionChanged();
     emit documentChanged();
 }
@@ -109,7 +122,7 @@ bool AH_Workspace::open(QString const &path, QString *error)
     std::unique_ptr<TUScene> scene = TUSceneFile::readFile(path, error);
     if (!scene)
         return false;
-    install(std::make_unique<SC_Session>(std::move(scene)), path);
+    install(std::make_unique<SC_Session>(std::move(scene), d_->changes), path);
     return true;
 }
 
@@ -127,7 +140,7 @@ bool AH_Workspace::save(QString const &path, QString *error)
 
 void AH_Workspace::newScene()
 {
-    install(std::make_unique<SC_Session>(std::make_unique<TUScene>()), QString());
+    install(std::make_unique<SC_Session>(std::make_unique<TUScene>(), d_->changes), QString());
 }
 
 MO_Node *AH_Workspace::findNode(QString const &name) const

@@ -5,7 +5,8 @@
 //
 // The workspace keeps the session services of PLUG_Services pointing at the open session, and
 // listens to CX_Context: whoever changes the current tool (the tool bar, a plug-in action, a
-// script) makes the view create that tool.
+// script) makes the view create that tool. Every scene it opens reports to one change manager,
+// given by the application (AH_Host's, which plug-ins connect to when they load) or its own.
 #pragma once
 
 #include "base/TUTeller.h"
@@ -20,12 +21,15 @@
 class AT_Attr;
 class MO_Node;
 class SC_Session;
+class TUSceneChangeManager;
 class VW_View;
 
 class AH_Workspace : public QObject, public TUListener {
     Q_OBJECT
 public:
     explicit AH_Workspace(QObject *parent = nullptr);
+    // `changes` is not owned and must outlive the workspace; null: the workspace makes its own.
+    explicit AH_Workspace(TUSceneChangeManager *changes, QObject *parent = nullptr);
     ~AH_Workspace() override;
 
     SC_Session *session() const;  // never null: an empty scene until one is opened

@@ -44,7 +44,7 @@ int main(int argc, char *argv[])
     {
         // The workspace (and the tool its view holds, perhaps made by the plug-in) goes before the
         // plug-ins are unpolished.
-        AH_Workspace workspace;
+        AH_Workspace workspace(host.changeManager());
         bool const opened = options.sceneFile.isEmpty() || workspace.open(options.sceneFile, &error);
         if (!options.batchScript.isEmpty()) {
             QStringList errors;

@@ -8,6 +8,7 @@
 #include "scene/MO_Node.h"
 #include "session/SC_Session.h"
 #include "session/SL_Selection.h"
+#include "session/TUSceneChangeManager.h"
 #include "tool/TO_AbstractTool.h"
 #include "tool/TO_AbstractToolContext.h"
 #include "tool/TO_ToolFactory.h"
@@ -127,6 +128,27 @@ TEST_F(BatchTest, OpensSelectsSetsUndoesAndSavesTheSceneItRead)
     EXPECT_EQ(readAll(out.filePath(QStringLiteral("copy.xml"))), readAll(kArm));
     EXPECT_EQ(printedText, QStringLiteral("UpperArm-P rotation 12: 0, 0, 45\n"));
     EXPECT_FALSE(workspace.isModified());
+}
+
+// A plug-in connects to the change manager once, when it loads; it must go on hearing the
+// selection and the frame of every scene opened afterwards, and be told of each new scene.
+TEST_F(BatchTest, ListenersOfTheChangeManagerHearEverySceneOpenedAfterThem)
+{
+    TUSceneChangeManager *changes = workspace.session()->changeManager();
+    int selections = 0, frames = 0;
+    std::vector<TUScene *> scenes;
+    QObject::connect(changes, &TUSceneChangeManager::selectionChanged, [&] { ++selections; });
+    QObject::connect(changes, &TUSceneChangeManager::currentFrameChanged, [&] { ++frames; });
+    QObject::connect(changes, &TUSceneChangeManager::currentSceneChanged, [&](TUScene *scene) { scenes.push_back(scene); });
+
+    ASSERT_TRUE(run(QStringLiteral("open arm.xml\nselect Hand\nframe 3\nopen character.xml\nselect Head\nframe 4\n")))
+        << errors.join('\n').toStdString();
+    EXPECT_EQ(workspace.session()->changeManager(), changes);
+    EXPECT_EQ(selections, 2);
+    EXPECT_EQ(frames, 2);
+    ASSERT_EQ(scenes.size(), 2u);
+    EXPECT_EQ(scenes.back(), workspace.session()->scene());
+    EXPECT_NE(scenes.front(), scenes.back());
 }
 
 TEST_F(BatchTest, RendersTheViewToPngAtTheSizeAsked)

@@ -27,16 +27,25 @@ struct SC_Session::Impl {
     // what they point at, and the scene goes last.
     std::unique_ptr<TUScene> scene;
     std::unique_ptr<CO_CommandManager> commands = std::make_unique<CO_CommandManager>();
-    std::unique_ptr<TUSceneChangeManager> changes = std::make_unique<TUSceneChangeManager>();
+    std::unique_ptr<TUSceneChangeManager> ownChanges;  // null when the caller lends one
+    TUSceneChangeManager *changes;                     // = ownChanges or the lent one; never null
     std::unique_ptr<SL_Selection> selection = std::make_unique<SL_Selection>();
     std::unique_ptr<SC_InteractiveDragManager> drags = std::make_unique<SC_InteractiveDragManager>(commands.get());
-    std::unique_ptr<SelectionRelay> relay = std::make_unique<SelectionRelay>(changes.get());
+    std::unique_ptr<SelectionRelay> relay;
     Math::Matrix4x4 camera;  // camera space to scene space
     double frame = 1.0;      // = the current frame; finite
 };
 
-SC_Session::SC_Session(std::unique_ptr<TUScene> scene) : d_(std::make_unique<Impl>())
+SC_Session::SC_Session(std::unique_ptr<TUScene> scene) : SC_Session(std::move(scene), nullptr) {}
+
+SC_Session::SC_Session(std::unique_ptr<TUScene> scene, TUSceneChangeManager *changes) : d_(std::make_unique<Impl>())
 {
+    if (!changes) {
+        d_->ownChanges = std::make_unique<TUSceneChangeManager>();
+        changes = d_->ownChanges.get();
+    }
+    d_->changes = changes;
+    d_->relay = std::make_unique<SelectionRelay>(changes);
     d_->scene = scene ? std::move(scene) : std::make_unique<TUScene>();
     d_->scene->setSceneCommon(this);
     d_->scene->setProjectCommon(this);
@@ -65,7 +74,7 @@ CO_CommandManager *SC_Session::commandManager() const
 
 TUSceneChangeManager *SC_Session::changeManager() const
 {
-    return d_->changes.get();
+    return d_->changes;
 }
 
 Math::Matrix4x4 SC_Session::cameraMatrix(MO_FrameKey const &) const

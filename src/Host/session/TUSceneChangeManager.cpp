@@ -10,6 +10,8 @@ TUSceneChangeManager::~TUSceneChangeManager() = default;
 
 void TUSceneChangeManager::setCurrentScene(TUScene *scene)
 {
+    if (scene != scene_)
+        pending_.clear();  // the nodes of another scene, which may be gone
     scene_ = scene;
 }
 

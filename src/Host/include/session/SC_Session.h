@@ -8,6 +8,10 @@
 // SC_Session is the one object of an application that owns them all for one open scene and
 // answers every interface. Creating it installs it on the scene (TUScene::setSceneCommon,
 // setProjectCommon, setCommandManager); destroying it uninstalls it.
+//
+// An application that opens one scene after another keeps one change manager for its whole life
+// and hands it to each session: listeners that connect once (a plug-in, when it loads) then hear
+// every scene, and each new scene is told by currentSceneChanged.
 #pragma once
 
 #include "base/Math/Matrix.h"
@@ -67,8 +71,11 @@ class SC_Session final : public SC_SceneCommon,
                          public SC_CurrentFrameInterface,
                          public SC_EditionStackInterface {
 public:
-    // Takes the scene; installs itself on it.
+    // Takes the scene; installs itself on it. The session makes its own change manager.
     explicit SC_Session(std::unique_ptr<TUScene> scene);
+    // The same with a change manager that the caller owns and that outlives the session; it is
+    // pointed at this session's scene (its pending node changes of the last scene are dropped).
+    SC_Session(std::unique_ptr<TUScene> scene, TUSceneChangeManager *changes);
     ~SC_Session() override;
     SC_Session(SC_Session const &) = delete;
     SC_Session &operator=(SC_Session const &) = delete;

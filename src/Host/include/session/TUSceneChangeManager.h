@@ -29,7 +29,7 @@ public:
     explicit TUSceneChangeManager(QObject *parent = nullptr);
     ~TUSceneChangeManager() override;
 
-    // The scene that currentSceneChanged names; not owned.
+    // The scene that currentSceneChanged names; not owned. A new scene drops the pending changes.
     void setCurrentScene(TUScene *scene);
     TUScene *currentScene() const { return scene_; }
 
