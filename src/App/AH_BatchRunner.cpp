@@ -487,12 +487,21 @@ bool AH_BatchRunner::Impl::execute(QString const &command, QStringList const &a,
             return false;
         // A tool works on what it drew last, as under a mouse: the view is painted before each gesture.
         view->render();
-        if (command == QLatin1String("press"))
+        if (command == QLatin1String("press")) {
+            // A mouse gets to a place before it presses there: the hover, and the cursor the
+            // window asks for on it, come first. Tools keep what lies under the pointer from them.
+            if (!view->isPressed()) {
+                view->mouseMove(point, modifiers);
+                view->cursorAt(point);
+                view->render();
+            }
             view->mousePress(point, modifiers);
-        else if (command == QLatin1String("move"))
+        } else if (command == QLatin1String("move")) {
             view->mouseMove(point, modifiers);
-        else
+        } else {
             view->mouseRelease(point, modifiers);
+        }
+        view->cursorAt(point);  // as the window does after each gesture
         return true;
     }
     if (command == QLatin1String("key")) {

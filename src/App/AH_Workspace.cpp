@@ -152,11 +152,24 @@ AT_Attr *AH_Workspace::findAttr(MO_Node *node, QString const &path)
 {
     if (!node || path.isEmpty())
         return nullptr;
+    // Keywords may hold dots themselves ("com.quorvane.ikmetadata"): at each level the longest
+    // run of parts that names an attribute is taken.
     QStringList const parts = path.split(QLatin1Char('.'));
-    AT_Attr *attr = node->attr(parts.front());
-    for (int i = 1; attr && i < parts.size(); ++i) {
+    AT_Attr *attr = nullptr;
+    for (int i = 0; i < parts.size();) {
         auto *complex = dynamic_cast<AT_ComplexAttr *>(attr);
-        attr = complex ? complex->findRegisteredAttr(parts[i]) : nullptr;
+        if (i > 0 && !complex)
+            return nullptr;
+        AT_Attr *found = nullptr;
+        int k = int(parts.size());
+        for (; k > i && !found; --k) {
+            QString const keyword = parts.mid(i, k - i).join(QLatin1Char('.'));
+            found = i == 0 ? node->attr(keyword) : complex->findRegisteredAttr(keyword);
+        }
+        if (!found)
+            return nullptr;
+        attr = found;
+        i = k + 1;
     }
     return attr;
 }

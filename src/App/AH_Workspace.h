@@ -46,7 +46,8 @@ public:
 
     // The node of that instance name, or null.
     MO_Node *findNode(QString const &name) const;
-    // The attribute of a node by keyword; "a.b" names the sub-attribute b of a. Null when missing.
+    // The attribute of a node by keyword; "a.b" names the sub-attribute b of a, and a keyword may hold
+    // dots itself (the longest one that matches is taken). Null when missing.
     static AT_Attr *findAttr(MO_Node *node, QString const &path);
 
     // Makes the selection exactly these nodes, as one undoable step "Selection". Unknown names

@@ -355,12 +355,11 @@ UT_SharedPtr<SLB_SelectableDescriptor> VW_View::pick(UT_Point const &point, bool
         if (std::find(ids.begin(), ids.end(), h.id) == ids.end())
             ids.push_back(h.id);
 
+    // Only the nearest hit gives a node: a tool's joint or handle painted over a drawing, or
+    // beside it within the radius, is what the user aimed at, and the drawing is not picked.
     UT_SharedPtr<SLB_SelectableDescriptor> descriptor;
-    for (std::uint32_t id : ids)
-        if (MO_Module *module = moduleForPickId(id)) {
-            descriptor = UT_MakeShared<SLB_ModuleDescriptorWithFrame>(module, static_cast<int>(d.frame()));
-            break;
-        }
+    if (MO_Module *module = ids.empty() ? nullptr : moduleForPickId(ids.front()))
+        descriptor = UT_MakeShared<SLB_ModuleDescriptorWithFrame>(module, static_cast<int>(d.frame()));
     // Careful: the tool may change the scene or this view from oglScanHit; ids are copied above.
     int handle = -1;
     if (d.tool)

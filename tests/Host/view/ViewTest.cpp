@@ -276,17 +276,25 @@ TEST_F(ViewTest, PickFindsToolHandlesWithoutADescriptorAndTellsTheNearestIdLast)
     EXPECT_EQ(view.pickImage().size(), QSize(101, 81));
 
     // With the camera placed so that the box's square touches the handle, both are found; the
-    // tool hears the farther first and the nearer last, and the descriptor is the box's.
+    // tool hears the farther first and the nearer last. The handle is nearer: it hides the box,
+    // and there is no descriptor.
     Math::Matrix4x4 camera;
     double const k = std::min(101 / 2.0, 81 / 1.5);
     camera.translate(0.5 - (10 + 4 - 50) / k, 0.25 + (10 - 40) / k);  // the box centred on (14, 10)
     session->setCameraMatrix(camera);
     tool->scans.clear();
     hit = view.pick(UT_Point(11, 10), true, 0);
-    ASSERT_NE(hit, nullptr);
+    EXPECT_EQ(hit, nullptr);
     ASSERT_EQ(tool->scans.size(), 2u);
     EXPECT_EQ(view.moduleForPickId(tool->scans[0].first), box()->toModule());
     EXPECT_EQ(tool->scans[1].first, tool->handles.pickingId() + 1);
+
+    // Beside the handle, on the box, the box is nearest and is the descriptor.
+    tool->scans.clear();
+    hit = view.pick(UT_Point(17, 10), true, 0);
+    ASSERT_NE(hit, nullptr);
+    ASSERT_FALSE(tool->scans.empty());
+    EXPECT_EQ(view.moduleForPickId(tool->scans.back().first), box()->toModule());
 }
 
 TEST_F(ViewTest, PressMoveAndReleaseReachTheToolInViewPixelsWithModifiers)

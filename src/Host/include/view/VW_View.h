@@ -16,7 +16,8 @@
 // a picking id of its module, then the tool's own pick drawing. pick() reads the ids in a square of
 // kPickRadius pixels around the point, nearest first, and calls the tool's oglScanHit for each of
 // them, the farthest first and the nearest last, so that a tool which keeps only its latest hit
-// keeps the nearest. The result is the module of the nearest drawing found, if any.
+// keeps the nearest. The result is the module of the nearest hit when that hit is a drawing (what
+// the tool paints near the point is what the user aimed at), else null.
 #pragma once
 
 #include "graphic/VS_RGBA.h"
