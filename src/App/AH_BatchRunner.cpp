@@ -150,6 +150,19 @@ std::function<bool(QStringList const &, QString &)> frameAt(int index)
     };
 }
 
+// A check that every word from `index` on is a whole frame number.
+bool checkFramesFrom(QStringList const &a, int index, QString &why)
+{
+    why = QStringLiteral("whole frame numbers");
+    for (int i = index; i < a.size(); ++i) {
+        bool ok = false;
+        a[i].toInt(&ok);
+        if (!ok)
+            return false;
+    }
+    return true;
+}
+
 bool checkSize(QStringList const &a, int from, QString &why)
 {
     for (int i = from; i < from + 2; ++i) {
@@ -251,6 +264,8 @@ std::map<QString, Syntax> const &syntaxTable()
         {QStringLiteral("expect-undo"), {0, -1, QStringLiteral("[STEP NAME]"), none}},
         {QStringLiteral("expect-value"), {4, -1, QStringLiteral("NODE ATTRIBUTE FRAME VALUE"),
                                           frameAt(2)}},
+        {QStringLiteral("expect-keys"), {2, -1, QStringLiteral("NODE ATTRIBUTE [FRAME...]"),
+                                         [](QStringList const &a, QString &why) { return checkFramesFrom(a, 2, why); }}},
     };
     return table;
 }
@@ -620,6 +635,20 @@ bool AH_BatchRunner::Impl::execute(QString const &command, QStringList const &a,
         if (sameValue(text, rest))
             return true;
         why = QStringLiteral("expected %1 %2 at frame %3 to be \"%4\", found \"%5\"").arg(a[0], a[1], a[2], rest, text);
+        return false;
+    }
+    if (command == QLatin1String("expect-keys")) {
+        std::vector<int> keys;
+        if (!workspace.attributeKeys(a[0], a[1], &keys, &why))
+            return false;
+        QStringList found;
+        for (int key : keys)
+            found << QString::number(key);
+        QStringList const expected = a.mid(2);
+        if (found == expected)
+            return true;
+        why = QStringLiteral("expected the keys of %1 %2 at \"%3\", found \"%4\"")
+                  .arg(a[0], a[1], expected.join(QLatin1Char(' ')), found.join(QLatin1Char(' ')));
         return false;
     }
     why = QStringLiteral("expected a command");

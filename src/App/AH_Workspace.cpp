@@ -254,6 +254,15 @@ bool AH_Workspace::attributeText(QString const &node, QString const &attr, doubl
     return true;
 }
 
+bool AH_Workspace::attributeKeys(QString const &node, QString const &attr, std::vector<int> *keys, QString *error)
+{
+    AT_Attr *a = nodeAttr(node, attr, error);
+    if (!a)
+        return false;
+    *keys = a->keyframes();
+    return true;
+}
+
 bool AH_Workspace::undo()
 {
     return d_->session->commandManager()->undo();

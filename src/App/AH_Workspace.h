@@ -17,6 +17,7 @@
 #include <QStringList>
 
 #include <memory>
+#include <vector>
 
 class AT_Attr;
 class MO_Node;
@@ -60,6 +61,8 @@ public:
     bool setAttribute(QString const &node, QString const &attr, QString const &value, QString *error);
     // The attribute's value at `frame` as text.
     bool attributeText(QString const &node, QString const &attr, double frame, QString *text, QString *error);
+    // The frames that hold keyframes of the attribute, ascending.
+    bool attributeKeys(QString const &node, QString const &attr, std::vector<int> *keys, QString *error);
 
     bool undo();
     bool redo();

@@ -113,6 +113,8 @@ TEST_F(BatchTest, OpensSelectsSetsUndoesAndSavesTheSceneItRead)
         "set UpperArm-P rotation 0, 0, 45\n"
         "expect-value UpperArm-P rotation 12 0, 0, 45\n"
         "expect-value UpperArm-P rotation 1 0,0,0\n"
+        "expect-keys UpperArm-P rotation 1 12\n"
+        "expect-keys UpperArm-P position\n"
         "expect-undo Set Value\n"
         "print UpperArm-P rotation 12\n"
         "undo\n"
@@ -236,6 +238,9 @@ TEST_F(BatchTest, BadLinesAreEachRefusedWithTheirLineAndNothingRuns)
         QStringLiteral("print Hand rotation"),
         QStringLiteral("print Hand rotation soon"),
         QStringLiteral("expect-value Hand rotation nan 0"),
+        QStringLiteral("expect-keys Hand"),
+        QStringLiteral("expect-keys Hand rotation 1 twelve"),
+        QStringLiteral("expect-keys Hand rotation 1.5"),
         QStringLiteral("open \"arm.xml"),
         QStringLiteral("save a.xml b.xml"),
         QStringLiteral("widget go"),
@@ -275,6 +280,8 @@ TEST_F(BatchTest, FailuresWhileRunningStopTheScriptAtTheirLine)
         {QStringLiteral("redo"), QStringLiteral("a step to redo")},
         {QStringLiteral("expect-selection Hand"), QStringLiteral("found \"Forearm\"")},
         {QStringLiteral("expect-value Hand position 1 1, 2, 3"), QStringLiteral("found \"0, 0, 0\"")},
+        {QStringLiteral("expect-keys UpperArm-P rotation 1"), QStringLiteral("found \"1 12\"")},
+        {QStringLiteral("expect-keys Hand noSuchAttr"), QStringLiteral("\"noSuchAttr\"")},
         {QStringLiteral("expect-frame 3"), QStringLiteral("frame 3")},
         {QStringLiteral("open missing.xml"), QStringLiteral("missing.xml")},
         {QStringLiteral("action SomeResponder onActionDo()"), QStringLiteral("actions")},
