@@ -1,0 +1,241 @@
+// Draws the icons of the IK tool panel into a folder, as 22 by 22 PNG files: a light rounded
+// face of 16 by 16 in the middle (the margin stays transparent, as on the constellation's
+// buttons, whose icons the panel shares) with a dark symbol. Run it after changing a symbol:
+//   cmake --build --preset default --target PanelIcons && build/default/bin/PanelIcons resources/icons
+#include <QGuiApplication>
+#include <QImage>
+#include <QPainter>
+#include <QPainterPath>
+
+#include <cmath>
+#include <cstdio>
+#include <functional>
+#include <vector>
+
+namespace {
+
+QColor const kInk(40, 40, 40);
+QColor const kRed(215, 40, 40);
+QColor const kGreen(40, 150, 60);
+QColor const kYellow(245, 215, 40);
+
+using Symbol = std::function<void(QPainter &)>;
+
+QPen pen(QColor const &colour, double width = 1.4)
+{
+    return QPen(colour, width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin);
+}
+
+void joint(QPainter &p, QPointF const &at, double r, QColor const &fill = kYellow)
+{
+    p.setPen(pen(kInk, 1.0));
+    p.setBrush(fill);
+    p.drawEllipse(at, r, r);
+}
+
+void bone(QPainter &p, QPointF const &a, QPointF const &b)
+{
+    p.setPen(pen(kRed, 1.6));
+    p.drawLine(a, b);
+}
+
+void key(QPainter &p, QPointF const &at, double r, QColor const &fill)
+{
+    QPolygonF diamond({at + QPointF(0, -r), at + QPointF(r, 0), at + QPointF(0, r), at + QPointF(-r, 0)});
+    p.setPen(pen(kInk, 1.0));
+    p.setBrush(fill);
+    p.drawPolygon(diamond);
+}
+
+void cross(QPainter &p, QPointF const &at, double r, QColor const &colour)
+{
+    p.setPen(pen(colour, 1.8));
+    p.drawLine(at + QPointF(-r, -r), at + QPointF(r, r));
+    p.drawLine(at + QPointF(-r, r), at + QPointF(r, -r));
+}
+
+void arrowHead(QPainter &p, QPointF const &tip, double angle, QColor const &colour)
+{
+    QPointF const back(std::cos(angle), std::sin(angle));
+    QPointF const side(-back.y(), back.x());
+    p.setPen(Qt::NoPen);
+    p.setBrush(colour);
+    p.drawPolygon(QPolygonF({tip, tip - back * 3.2 + side * 2.2, tip - back * 3.2 - side * 2.2}));
+}
+
+void circularArrow(QPainter &p, QColor const &colour)
+{
+    p.setPen(pen(colour, 1.6));
+    p.setBrush(Qt::NoBrush);
+    p.drawArc(QRectF(6.5, 6.5, 9, 9), 60 * 16, 280 * 16);
+    arrowHead(p, QPointF(13.6, 7.4), 0.3, colour);
+}
+
+void rootMark(QPainter &p, QPointF const &at)
+{
+    joint(p, at, 3.6);
+    p.setPen(pen(kInk, 1.0));
+    p.drawLine(at + QPointF(-3.6, 0), at + QPointF(3.6, 0));
+    p.drawLine(at + QPointF(0, -3.6), at + QPointF(0, 3.6));
+}
+
+std::vector<std::pair<char const *, Symbol>> symbols()
+{
+    return {
+        {"ikMagicSetup", [](QPainter &p) {
+             p.setPen(pen(kInk, 2.0));
+             p.drawLine(QPointF(7, 15), QPointF(13, 9));
+             p.setPen(pen(QColor(230, 160, 0), 1.2));
+             for (double a = 0; a < 6.28; a += 1.57)
+                 p.drawLine(QPointF(14.5, 7.5), QPointF(14.5 + 2.8 * std::cos(a), 7.5 + 2.8 * std::sin(a)));
+         }},
+        {"ikCreateRoot", [](QPainter &p) {
+             rootMark(p, QPointF(10, 12));
+             p.setPen(pen(kGreen, 1.8));
+             p.drawLine(QPointF(14.5, 5.5), QPointF(14.5, 9.5));
+             p.drawLine(QPointF(12.5, 7.5), QPointF(16.5, 7.5));
+         }},
+        {"ikDeleteRoot", [](QPainter &p) {
+             rootMark(p, QPointF(10, 12));
+             cross(p, QPointF(14.5, 7.5), 1.8, kRed);
+         }},
+        {"ikResetAll", [](QPainter &p) { circularArrow(p, kInk); }},
+        {"ikResetAllSelected", [](QPainter &p) {
+             circularArrow(p, kInk);
+             joint(p, QPointF(11, 11), 1.8, QColor(40, 90, 230));
+         }},
+        {"ikSetupMode", [](QPainter &p) {
+             bone(p, QPointF(7.5, 14.5), QPointF(14.5, 7.5));
+             joint(p, QPointF(7.5, 14.5), 2.2);
+             joint(p, QPointF(14.5, 7.5), 2.2, Qt::white);
+             p.setPen(pen(kInk, 1.2));
+             p.drawLine(QPointF(12.5, 14.5), QPointF(16, 14.5));
+             p.drawLine(QPointF(14.25, 12.75), QPointF(14.25, 16.25));
+         }},
+        {"ikBonemanipulationMode", [](QPainter &p) {
+             bone(p, QPointF(7, 15), QPointF(11.5, 9.5));
+             joint(p, QPointF(7, 15), 2.2);
+             joint(p, QPointF(11.5, 9.5), 2.2);
+             p.setPen(pen(kInk, 1.2));
+             p.drawLine(QPointF(12.5, 8.5), QPointF(15.5, 5.8));
+             arrowHead(p, QPointF(16.2, 5.2), -0.73, kInk);
+         }},
+        {"ikDeleteKeyframes", [](QPainter &p) {
+             key(p, QPointF(9.5, 11), 4.0, kYellow);
+             cross(p, QPointF(14, 14.5), 1.8, kRed);
+         }},
+        {"ikInterpolate", [](QPainter &p) {
+             p.setPen(pen(kInk, 1.2));
+             p.setBrush(Qt::NoBrush);
+             QPainterPath path(QPointF(7.5, 14.5));
+             path.cubicTo(QPointF(10, 14.5), QPointF(12, 7.5), QPointF(14.5, 7.5));
+             p.drawPath(path);
+             key(p, QPointF(7.5, 14.5), 2.4, kYellow);
+             key(p, QPointF(14.5, 7.5), 2.4, kYellow);
+         }},
+        {"ikApplyToExistingKF", [](QPainter &p) {
+             key(p, QPointF(9.5, 11), 4.0, kYellow);
+             p.setPen(pen(kGreen, 1.8));
+             p.drawPolyline(QPolygonF({QPointF(12.5, 13), QPointF(14, 15), QPointF(16.5, 11)}));
+         }},
+        {"ikCurrentFrame", [](QPainter &p) {
+             p.setPen(pen(kRed, 1.6));
+             p.drawLine(QPointF(11, 8.5), QPointF(11, 16));
+             p.setPen(Qt::NoPen);
+             p.setBrush(kRed);
+             p.drawPolygon(QPolygonF({QPointF(8, 5.5), QPointF(14, 5.5), QPointF(11, 9)}));
+         }},
+        {"ikTranslateRoot", [](QPainter &p) {
+             p.setPen(pen(kInk, 1.2));
+             p.drawLine(QPointF(11, 6.5), QPointF(11, 15.5));
+             p.drawLine(QPointF(6.5, 11), QPointF(15.5, 11));
+             arrowHead(p, QPointF(11, 5.5), -1.5708, kInk);
+             arrowHead(p, QPointF(11, 16.5), 1.5708, kInk);
+             arrowHead(p, QPointF(5.5, 11), 3.1416, kInk);
+             arrowHead(p, QPointF(16.5, 11), 0.0, kInk);
+             joint(p, QPointF(11, 11), 1.8);
+         }},
+        {"ikMoveAll", [](QPainter &p) {
+             for (double y : {7.5, 11.0, 14.5}) {
+                 p.setPen(pen(kInk, 1.2));  // the arrow head leaves no pen
+                 p.drawLine(QPointF(6.5, y), QPointF(12.5, y));
+                 arrowHead(p, QPointF(15.5, y), 0.0, kInk);
+             }
+         }},
+        {"ikCubic", [](QPainter &p) {
+             p.setPen(pen(kInk, 1.5));
+             p.setBrush(Qt::NoBrush);
+             QPainterPath path(QPointF(6.5, 15));
+             path.cubicTo(QPointF(11, 15), QPointF(11, 7), QPointF(15.5, 7));
+             p.drawPath(path);
+         }},
+        {"ikLinear", [](QPainter &p) {
+             p.setPen(pen(kInk, 1.5));
+             p.drawLine(QPointF(6.5, 15), QPointF(15.5, 7));
+         }},
+        {"ikUsePeg", [](QPainter &p) {
+             p.setPen(pen(kInk, 1.6));
+             p.drawLine(QPointF(11, 9), QPointF(11, 16));
+             p.setPen(pen(kInk, 1.0));
+             p.setBrush(QColor(120, 180, 240));
+             p.drawEllipse(QPointF(11, 8), 2.8, 2.8);
+         }},
+        {"ikUseRead", [](QPainter &p) {
+             p.setPen(pen(kInk, 1.0));
+             p.setBrush(Qt::white);
+             p.drawRect(QRectF(6.5, 6.5, 9, 9));
+             p.setPen(pen(QColor(60, 110, 200), 1.4));
+             p.setBrush(Qt::NoBrush);
+             QPainterPath stroke(QPointF(8, 13.5));
+             stroke.cubicTo(QPointF(10, 8), QPointF(12, 14), QPointF(14, 8.5));
+             p.drawPath(stroke);
+         }},
+        {"ikUseDeformer", [](QPainter &p) {
+             p.setPen(pen(kRed, 1.8));
+             p.setBrush(Qt::NoBrush);
+             QPainterPath path(QPointF(7, 15));
+             path.quadTo(QPointF(8, 8), QPointF(15, 7.5));
+             p.drawPath(path);
+             joint(p, QPointF(7, 15), 1.8);
+             joint(p, QPointF(15, 7.5), 1.8);
+         }},
+        {"ikJointParticipates", [](QPainter &p) {
+             joint(p, QPointF(9.5, 12), 3.6);
+             p.setPen(pen(kGreen, 1.8));
+             p.drawPolyline(QPolygonF({QPointF(12.5, 8), QPointF(14, 10), QPointF(16.5, 5.5)}));
+         }},
+    };
+}
+
+QImage drawIcon(Symbol const &symbol)
+{
+    QImage image(22, 22, QImage::Format_ARGB32);
+    image.fill(Qt::transparent);
+    QPainter p(&image);
+    p.setRenderHint(QPainter::Antialiasing);
+    p.setPen(pen(QColor(90, 90, 90), 1.0));
+    p.setBrush(QColor(236, 236, 236));
+    p.drawRoundedRect(QRectF(3.5, 3.5, 15, 15), 3, 3);
+    symbol(p);
+    return image;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QGuiApplication app(argc, argv);
+    if (argc != 2) {
+        std::fprintf(stderr, "usage: PanelIcons FOLDER\n");
+        return 2;
+    }
+    QString const folder = QString::fromLocal8Bit(argv[1]);
+    for (auto const &[name, symbol] : symbols()) {
+        QString const path = folder + QLatin1Char('/') + QLatin1String(name) + QStringLiteral(".png");
+        if (!drawIcon(symbol).save(path, "PNG")) {
+            std::fprintf(stderr, "PanelIcons: expected a folder where %s can be written\n", qPrintable(path));
+            return 1;
+        }
+    }
+    return 0;
+}
