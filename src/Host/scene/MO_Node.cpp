@@ -280,5 +280,10 @@ SC_ProjectCommon *MO_Node::projectCommon() const
     return s ? s->projectCommon() : nullptr;
 }
 
-void MO_Node::setDirty() { ++impl_->dirty; }
+void MO_Node::setDirty()
+{
+    ++impl_->dirty;
+    if (TUScene const *s = scene())
+        s->reportNodeChanged(this);
+}
 unsigned long MO_Node::dirtyCount() const { return impl_->dirty; }

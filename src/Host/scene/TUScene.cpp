@@ -82,3 +82,11 @@ SC_ProjectCommon *TUScene::projectCommon() const { return projectCommon_; }
 void TUScene::setProjectCommon(SC_ProjectCommon *common) { projectCommon_ = common; }
 CO_CommandManager *TUScene::commandManager() const { return commandManager_; }
 void TUScene::setCommandManager(CO_CommandManager *manager) { commandManager_ = manager; }
+
+void TUScene::setNodeChangedHandler(NodeChangedHandler handler) { nodeChanged_ = std::move(handler); }
+
+void TUScene::reportNodeChanged(MO_Node const *node) const
+{
+    if (nodeChanged_)
+        nodeChanged_(node);
+}

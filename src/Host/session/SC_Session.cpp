@@ -20,6 +20,18 @@ private:
     TUSceneChangeManager *changes_;
 };
 
+// Sends the node changes gathered while commands ran once their undo step is recorded, undone
+// or redone: a change made outside the view (a panel, a menu, a script) is then heard at once,
+// not at the next release of the mouse in the view.
+class StepRelay : public TUListener {
+public:
+    explicit StepRelay(TUSceneChangeManager *changes) : changes_(changes) {}
+    void callBack(TUTeller *) override { changes_->notify(); }
+
+private:
+    TUSceneChangeManager *changes_;
+};
+
 } // namespace
 
 struct SC_Session::Impl {
@@ -32,6 +44,7 @@ struct SC_Session::Impl {
     std::unique_ptr<SL_Selection> selection = std::make_unique<SL_Selection>();
     std::unique_ptr<SC_InteractiveDragManager> drags = std::make_unique<SC_InteractiveDragManager>(commands.get());
     std::unique_ptr<SelectionRelay> relay;
+    std::unique_ptr<StepRelay> steps;
     Math::Matrix4x4 camera;  // camera space to scene space
     double frame = 1.0;      // = the current frame; finite
 };
@@ -46,20 +59,25 @@ SC_Session::SC_Session(std::unique_ptr<TUScene> scene, TUSceneChangeManager *cha
     }
     d_->changes = changes;
     d_->relay = std::make_unique<SelectionRelay>(changes);
+    d_->steps = std::make_unique<StepRelay>(changes);
     d_->scene = scene ? std::move(scene) : std::make_unique<TUScene>();
     d_->scene->setSceneCommon(this);
     d_->scene->setProjectCommon(this);
     d_->scene->setCommandManager(d_->commands.get());
     d_->changes->setCurrentScene(d_->scene.get());
+    d_->scene->setNodeChangedHandler([changes](MO_Node const *node) { changes->emitNodeChanged(node); });
     d_->relay->phone(d_->selection.get());
+    d_->steps->phone(d_->commands.get());
 }
 
 SC_Session::~SC_Session()
 {
     d_->relay->hangUpAll();
+    d_->steps->hangUpAll();
     d_->scene->setSceneCommon(nullptr);
     d_->scene->setProjectCommon(nullptr);
     d_->scene->setCommandManager(nullptr);
+    d_->scene->setNodeChangedHandler(nullptr);
 }
 
 TUScene *SC_Session::scene() const

@@ -2,6 +2,8 @@
 
 #include "command/CO_CommandManager.h"
 #include "scene/MO_Context.h"
+#include "scene/MO_Module.h"
+#include "scene/AT_ValueAttr.h"
 #include "scene/TUScene.h"
 #include "session/SL_Selection.h"
 #include "session/TUSceneChangeManager.h"
@@ -93,6 +95,34 @@ TEST(Session, InstallsItselfOnItsSceneAndRelaysSelectionAndFrameChanges)
         session.setCameraMatrix(camera);
         EXPECT_EQ(session.cameraMatrix(MO_FrameKey(7.0)), camera);
     }
+}
+
+// Changes made by commands outside the view (a panel, a menu, a script) are heard when their step
+// is recorded, undone or redone, each step once.
+TEST(Session, CommandStepsSendTheNodeChangesTheyGathered)
+{
+    auto scene = std::make_unique<TUScene>();
+    auto peg = UT_MakeShared<MO_PegModule>();
+    MO_PegModule *raw = static_cast<MO_PegModule *>(scene->getRootGroup()->addNode(peg));
+    SC_Session session(std::move(scene));
+    CO_CommandManager *manager = session.commandManager();
+    QSignalSpy nodes(session.changeManager(), SIGNAL(nodesChanged(const TUNodeSet &)));
+
+    {
+        CO_CommandAccumScope step(manager, QStringLiteral("Two Changes"));
+        manager->execute(raw->rotationAttr()->setTextValue(1.0, QStringLiteral("0, 0, 10")));
+        manager->execute(raw->rotationAttr()->setTextValue(2.0, QStringLiteral("0, 0, 20")));
+        EXPECT_EQ(nodes.count(), 0);  // gathered until the step is made
+    }
+    ASSERT_EQ(nodes.count(), 1);
+    EXPECT_EQ(nodes.at(0).at(0).value<TUNodeSet>().count(raw), 1u);
+    EXPECT_TRUE(session.changeManager()->pendingNodes().empty());
+
+    ASSERT_TRUE(manager->undo());
+    EXPECT_EQ(nodes.count(), 2);
+    ASSERT_TRUE(manager->redo());
+    EXPECT_EQ(nodes.count(), 3);
+    EXPECT_EQ(raw->rotationAttr()->textValue(2.0), QStringLiteral("0, 0, 20"));
 }
 
 } // namespace

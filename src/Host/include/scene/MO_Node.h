@@ -135,8 +135,9 @@ public:
     SC_SceneCommon *sceneCommon() const;
     SC_ProjectCommon *projectCommon() const;
 
-    // Marks the node changed. Evaluation keeps no cache, so nothing stale can be served; the
-    // counters let views and tests see that something changed.
+    // Marks the node changed and tells its scene (TUScene::reportNodeChanged). Evaluation keeps
+    // no cache, so nothing stale can be served; the counters let views and tests see that
+    // something changed.
     void setDirty();
     unsigned long dirtyCount() const;
 

@@ -7,6 +7,7 @@
 #include "scene/MO_Node.h"
 #include "scene/SC_SceneMetrics.h"
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -66,10 +67,17 @@ public:
     CO_CommandManager *commandManager() const;
     void setCommandManager(CO_CommandManager *manager);
 
+    // Who hears that a node of the scene changed (MO_Node::setDirty): the application's change
+    // notification. An empty function, the default, hears nothing.
+    using NodeChangedHandler = std::function<void(MO_Node const *)>;
+    void setNodeChangedHandler(NodeChangedHandler handler);
+    void reportNodeChanged(MO_Node const *node) const;
+
 private:
     UT_SharedPtr<TUGroup> root_;
     SC_SceneMetrics metrics_;
     SC_SceneCommon *sceneCommon_ = nullptr;
     SC_ProjectCommon *projectCommon_ = nullptr;
     CO_CommandManager *commandManager_ = nullptr;
+    NodeChangedHandler nodeChanged_;
 };

@@ -6,7 +6,8 @@
 //   SC_SessionContext    the session's change manager and interactive drag manager
 //   SC_CurrentFrameInterface, SC_EditionStackInterface   the current frame and the edited scene
 // SC_Session is the one object of an application that owns them all for one open scene and
-// answers every interface. Creating it installs it on the scene (TUScene::setSceneCommon,
+// answers every interface. It sends the node changes that commands gathered (nodesChanged) when
+// their undo step is recorded, undone or redone. Creating it installs it on the scene (TUScene::setSceneCommon,
 // setProjectCommon, setCommandManager); destroying it uninstalls it.
 //
 // An application that opens one scene after another keeps one change manager for its whole life
