@@ -311,6 +311,12 @@ struct AH_BatchRunner::Impl {
         if (!panels) {
             ownPanels = std::make_unique<TP_ToolPropertiesReceiver>();
             panels = ownPanels.get();
+            // As the window does: an undo may take away what a panel shows without telling it.
+            TP_ToolPropertiesReceiver *receiver = panels;
+            QObject::connect(&workspace, &AH_Workspace::documentChanged, receiver, [receiver] {
+                if (TP_ToolPropertiesPanel *panel = receiver->currentPanel())
+                    panel->updateStatus();
+            });
         }
         CX_ToolIds::ID const tool = workspace.view()->toolId();
         if (panels->currentTool() != tool)

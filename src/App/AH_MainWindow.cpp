@@ -343,6 +343,10 @@ void AH_MainWindow::onDocumentChanged()
     setWindowTitle(QStringLiteral("%1[*] - animhost").arg(name));
     setWindowModified(d_->workspace.isModified());
     d_->viewWidget->update();
+    // Panels show state derived from the scene, and an undo may take away what a panel shows
+    // (a root) without telling it: the current one is brought up to date after every step.
+    if (TP_ToolPropertiesPanel *panel = d_->receiver->currentPanel())
+        panel->updateStatus();
 }
 
 void AH_MainWindow::onSelectionChanged()
