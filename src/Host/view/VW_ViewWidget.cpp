@@ -33,6 +33,10 @@ QSize VW_ViewWidget::sizeHint() const
 
 void VW_ViewWidget::paintEvent(QPaintEvent *)
 {
+    // The view may have been given another size meanwhile (a script's "view" line): the widget
+    // shows it at its own size.
+    if (view_->size() != size())
+        view_->resize(width(), height());
     QPainter painter(this);
     painter.drawImage(0, 0, view_->render());
 }

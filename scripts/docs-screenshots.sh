@@ -1,0 +1,16 @@
+#!/usr/bin/env bash
+# Takes the pictures of the window in docs/ anew, from animhost under a virtual display (xvfb),
+# each after one of the start scripts of docs/screenshots/. Needs a build of the default preset.
+# Usage: scripts/docs-screenshots.sh
+set -euo pipefail
+cd "$(dirname "$0")/.."
+app=${ANIMHOST:-build/default/bin/animhost}
+[ -x "$app" ] || { echo "docs-screenshots: expected a build in build/default (cmake --build --preset default)" >&2; exit 1; }
+prefs=$(mktemp -d)
+trap 'rm -rf "$prefs"' EXIT
+printf '<?xml version="1.0" encoding="UTF-8"?>\n<preferences version="1">\n <bool key="QV_HAS_NEW_IK_TOOL" value="true"/>\n</preferences>\n' > "$prefs/prefs.xml"
+for mode in manipulation setup interpolation; do
+  xvfb-run -a -s "-screen 0 1280x800x24" "$app" --prefs "$prefs/prefs.xml" \
+    --run "docs/screenshots/ik-$mode.txt" --screenshot "docs/ik-mode-$mode.png" examples/scenes/character-rig.xml
+  echo "docs/ik-mode-$mode.png"
+done
