@@ -105,3 +105,54 @@ TEST_F(IKToolCharacter, InterpolationModeWithTheConstellationOpen)
     d.constellationVisible = true;
     compare("ikCharacterConstellation.png");
 }
+
+// The alpha of a ghost, read in the picture: over the white background, the centre of a ghost
+// joint is its frame's ghost colour blended at that colour's alpha. The character's left arm
+// rises over the range, so the tips of its far frames stand clear of the pose and of each other.
+TEST_F(IKToolCharacter, AGhostJointIsItsFramesColourBlendedOverTheBackgroundAtItsAlpha)
+{
+    IKToolSettings &s = IKToolSettings::instance();
+    QImage const alone = view->render();
+    s.setInterpolationEnabled(true);
+    QImage const ghosts = view->render();
+    IKTool::Impl &d = static_cast<IKTool *>(view->tool())->impl();
+    ASSERT_EQ(d.frames.size(), 9u);  // frames 1 to 9
+
+    Math::CameraTransformChain chain = view->canvasBinder()->cameraTransformChain();
+    chain.setModelMatrix(Math::Matrix4x4());
+    auto pixelOf = [&chain](Math::Point3d const &p) {
+        Math::Point2d out;
+        chain.project(Math::CameraTransformChain::ModelFrame, p, out);
+        return QPoint(int(std::lround(out.x)), int(std::lround(out.y)));
+    };
+    // The last joint of the left arm, the fingers' peg (not its handle, which wears a ring in its
+    // middle).
+    auto tipAt = [&](int frame) {
+        for (SkeletonJointDef const &joint : d.frames.at(frame).skeleton)
+            if (!joint.isHandle && joint.module.get() == module("LFingers-P"))
+                return pixelOf(joint.solvedPosition);
+        ADD_FAILURE() << "no tip at frame " << frame;
+        return QPoint();
+    };
+    int checked = 0;
+    for (int frame : {1, 2, 8, 9}) {
+        QPoint const at = tipAt(frame);
+        // Only where the picture without ghosts is background, and no other frame's tip is near.
+        if (alone.pixelColor(at) != QColor(Qt::white))
+            continue;
+        bool crowded = false;
+        for (int other = 1; other <= 9; ++other)
+            if (other != frame && (tipAt(other) - at).manhattanLength() < 8)
+                crowded = true;
+        if (crowded)
+            continue;
+        VS_RGBA const colour = IKTool::Impl::ghostColour(1, 5, 9, frame);
+        double const a = colour.a / 255.0;
+        QColor const got = ghosts.pixelColor(at);
+        EXPECT_NEAR(got.red(), colour.r * a + 255 * (1 - a), 2.0) << frame;
+        EXPECT_NEAR(got.green(), colour.g * a + 255 * (1 - a), 2.0) << frame;
+        EXPECT_NEAR(got.blue(), colour.b * a + 255 * (1 - a), 2.0) << frame;
+        ++checked;
+    }
+    EXPECT_GE(checked, 3);  // the far ends and a frame beside them were read
+}
