@@ -241,8 +241,11 @@ bool IKToolPanel::Impl::findWidgets()
 {
     // Three groups, as the diagnostic line reports them: the buttons and groups of the panel, the
     // solver settings, and the joint properties.
-    bool panelComplete = true;
-    auto need = [&panelComplete](bool found) { panelComplete = found && panelComplete; };
+    struct Group {
+        bool complete = true;  // = every widget looked up so far was found
+        void operator()(bool found) { complete = found && complete; }
+    };
+    Group need, needTool, needJoint;
     need(findButton(magicSetup, "magicSetup", QStringLiteral("icons/ikMagicSetup.png")));
     need(findButton(magicDefineRoot, "magicDefineRoot", QStringLiteral("icons/ikCreateRoot.png")));
     need(findButton(magicDeleteRoot, "magicDeleteRoot", QStringLiteral("icons/ikDeleteRoot.png")));
@@ -275,16 +278,12 @@ bool IKToolPanel::Impl::findWidgets()
     need(find(selectJointsInformation, "selectJointsInformation"));
     need(find(jointPropertyContainer, "jointPropertyContainer"));
 
-    bool toolComplete = true;
-    auto needTool = [&toolComplete](bool found) { toolComplete = found && toolComplete; };
     needTool(find(maxIterations, "maxIterations"));
     needTool(findButton(enableRootTranslation, "enableRootTranslation", QStringLiteral("icons/ikTranslateRoot.png")));
     needTool(find(enableRootTranslationGain, "enableRootTranslationGain"));
     needTool(find(enableRootTranslationGainSlider, "enableRootTranslationGainSlider"));
     needTool(find(enableShadowPosing, "enableShadowPosing"));
 
-    bool jointComplete = true;
-    auto needJoint = [&jointComplete](bool found) { jointComplete = found && jointComplete; };
     needJoint(findButton(holdAngleCB, "holdAngleCB", QStringLiteral("icons/ikHoldOrientation.png")));
     needJoint(find(holdAngleGain, "holdAngleGain"));
     needJoint(find(holdAngleGainSlider, "holdAngleGainSlider"));
@@ -305,14 +304,15 @@ bool IKToolPanel::Impl::findWidgets()
     needJoint(find(jointUseActualPositionMulti, "jointUseActualPositionMulti"));
     needJoint(find(jointIsBlockerMulti, "jointIsBlockerMulti"));
 
-    complete = panelComplete && toolComplete && jointComplete;
+    complete = need.complete && needTool.complete && needJoint.complete;
     if (!complete) {
         std::fputs("Something wrong in IK Tool panel initialization\n", stderr);
         std::fprintf(stderr, "%p %p %p %p %p %p %p %p %d %d %d\n", static_cast<void *>(magicSetup),
                      static_cast<void *>(magicDefineRoot), static_cast<void *>(magicDeleteRoot),
                      static_cast<void *>(buttonShowHideJointProperties), static_cast<void *>(resetAllConstraints),
                      static_cast<void *>(resetAllSelected), static_cast<void *>(jointSetupMode),
-                     static_cast<void *>(manipulationMode), int(panelComplete), int(toolComplete), int(jointComplete));
+                     static_cast<void *>(manipulationMode), int(need.complete), int(needTool.complete),
+                     int(needJoint.complete));
     }
     return complete;
 }
