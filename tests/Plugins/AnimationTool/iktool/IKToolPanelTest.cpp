@@ -419,6 +419,74 @@ TEST_F(IKToolPanelTest, JointDefinitionTogglesTheSelectedNodeInOneStep)
     EXPECT_EQ(IKToolSettings::instance().usePeg(), peg);
 }
 
+TEST_F(IKToolPanelTest, RootSettingsAndResetOfTheWholeSkeleton)
+{
+    MO_PegModule *body = add(QStringLiteral("Body"));
+    MO_PegModule *a = add(QStringLiteral("A"), body);
+    MO_PegModule *b = add(QStringLiteral("B"), a);
+    ASSERT_NO_FATAL_FAILURE(open());
+
+    // The top root button makes the selection a root and goes to setup mode.
+    select({body});
+    ASSERT_TRUE(enabled("magicDefineRoot"));
+    click("magicDefineRoot");
+    EXPECT_TRUE(IKToolUtil::isRoot(body));
+    EXPECT_EQ(manager()->undoName(), QStringLiteral("Assign Root"));
+    IKToolSettings &s = IKToolSettings::instance();
+    EXPECT_EQ(s.toolMode(), int(IKToolSettings::SetupMode));
+    EXPECT_TRUE(checked("jointSetupMode"));
+    EXPECT_FALSE(checked("magicDefineRoot"));  // not a toggle
+    click("manipulationMode");
+    EXPECT_EQ(s.toolMode(), int(IKToolSettings::ManipulationMode));
+    EXPECT_FALSE(enabled("magicDefineRoot"));  // there is a root now
+
+    // Root translation and its gain, from the button, the spin box and the slider.
+    bool const translate = s.enableRootTranslation();
+    click("enableRootTranslation");
+    EXPECT_EQ(s.enableRootTranslation(), !translate);
+    widget<QSpinBox>("enableRootTranslationGain")->setValue(35);
+    EXPECT_DOUBLE_EQ(s.rootTranslationGain(), 3.5);
+    EXPECT_EQ(widget<QSlider>("enableRootTranslationGainSlider")->value(), 35);
+    widget<QSlider>("enableRootTranslationGainSlider")->setValue(7);
+    EXPECT_DOUBLE_EQ(s.rootTranslationGain(), 0.7);
+    EXPECT_EQ(widget<QSpinBox>("enableRootTranslationGain")->value(), 7);
+
+    // Buttons without an action of their own change nothing and leave no step.
+    joint(a);
+    joint(b);
+    int const steps = manager()->undoCount();
+    widget("magicDeleteRoot")->setEnabled(true);
+    click("magicDeleteRoot");
+    s.setInterpolationEnabled(true);
+    panel->settingsChanged();
+    click("existingKeyFramesButton");
+    EXPECT_EQ(manager()->undoCount(), steps);
+    EXPECT_TRUE(IKToolUtil::isRoot(body));
+
+    // Resetting all constraints reaches every joint of the tool's skeleton, selected or not.
+    manager()->execute(jointAttrOf(a)->holdPositionAttr()->setTextValue(0.0, QStringLiteral("true")));
+    manager()->execute(jointAttrOf(b)->weightAttr()->setTextValue(0.0, QStringLiteral("4")));
+    IKToolUtil::skeletonFromModule(body, source.skeletonDef, IKToolUtil::SkeletonExtractionSettings());
+    source.selected = {1};
+    s.setJointSource(&source);
+    click("resetAllConstraints");
+    EXPECT_EQ(manager()->undoName(), QStringLiteral("Reset ALL IK Constraints"));
+    EXPECT_FALSE(jointAttrOf(a)->holdPositionAttr()->localValue());
+    EXPECT_DOUBLE_EQ(jointAttrOf(b)->weightAttr()->localValue(), 1.0);
+    ASSERT_TRUE(manager()->undo());
+    EXPECT_TRUE(jointAttrOf(a)->holdPositionAttr()->localValue());
+    EXPECT_DOUBLE_EQ(jointAttrOf(b)->weightAttr()->localValue(), 4.0);
+
+    // The show/hide button shows or hides the joint properties.
+    QAbstractButton *showHide = widget<QAbstractButton>("buttonShowHideJointProperties");
+    showHide->setChecked(true);
+    EXPECT_FALSE(widget("jointPropertyContainer")->isHidden());
+    showHide->setChecked(false);
+    EXPECT_TRUE(widget("jointPropertyContainer")->isHidden());
+    showHide->setChecked(true);
+    EXPECT_FALSE(widget("jointPropertyContainer")->isHidden());
+}
+
 TEST_F(IKToolPanelTest, ARefreshNeverComesBackAsAGesture)
 {
     MO_PegModule *body = add(QStringLiteral("Body"));
