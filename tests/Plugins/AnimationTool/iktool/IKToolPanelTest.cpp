@@ -546,15 +546,25 @@ TEST_F(IKToolPanelTest, FrameTextsThatAreNotWholeNumbersLeaveTheRangeAndComeBack
     EXPECT_EQ(s.fromFrame(), -4);
 }
 
-TEST(IKToolPanelForm, AFormWithoutOneOfTheWidgetsLeavesThePanelUnconnected)
+// A form that lacks one widget, and the group flags the diagnostic line then ends with: the
+// panel's own widgets, the solver settings, the joint properties.
+struct MissingWidget {
+    char const *name;
+    char const *flags;
+};
+
+class IKToolPanelForm : public ::testing::TestWithParam<MissingWidget> {};
+
+TEST_P(IKToolPanelForm, AFormWithoutOneOfTheWidgetsLeavesThePanelUnconnected)
 {
-    // A copy of the form without the "holdPosMulti" label.
+    // A copy of the form where the widget goes by another name.
     QFile form(kResources + QStringLiteral("/ikToolProperties.ui"));
     ASSERT_TRUE(form.open(QIODevice::ReadOnly));
     QString text = QString::fromUtf8(form.readAll());
-    int const at = text.indexOf(QStringLiteral("name=\"holdPosMulti\""));
+    QString const attribute = QStringLiteral("name=\"%1\"").arg(QLatin1String(GetParam().name));
+    int const at = text.indexOf(attribute);
     ASSERT_GE(at, 0);
-    text.replace(at, int(std::strlen("name=\"holdPosMulti\"")), QStringLiteral("name=\"somethingElse\""));
+    text.replace(at, attribute.size(), QStringLiteral("name=\"somethingElse\""));
     QTemporaryDir folder;
     ASSERT_TRUE(folder.isValid());
     QFile copy(folder.filePath(QStringLiteral("ikToolProperties.ui")));
@@ -581,18 +591,32 @@ TEST(IKToolPanelForm, AFormWithoutOneOfTheWidgetsLeavesThePanelUnconnected)
     QStringList const lines = QString::fromUtf8(written.readAll()).split(QLatin1Char('\n'));
     ASSERT_GE(lines.size(), 2);
     EXPECT_EQ(lines[0], QStringLiteral("Something wrong in IK Tool panel initialization"));
-    EXPECT_TRUE(lines[1].endsWith(QStringLiteral(" 1 1 0"))) << lines[1].toStdString();
+    QStringList const fields = lines[1].split(QLatin1Char(' '));
+    ASSERT_EQ(fields.size(), 11) << lines[1].toStdString();
+    EXPECT_EQ(fields.mid(8).join(QLatin1Char(' ')), QLatin1String(GetParam().flags));
 
     auto *panel = dynamic_cast<IKToolPanel *>(receiver.panelForTool(IKTool::Id));
     ASSERT_TRUE(panel);
     EXPECT_FALSE(panel->isComplete());
-    // Unconnected: a click changes no setting.
+    // Unconnected: a click changes no setting, and the entry points do nothing.
     IKToolSettings &s = IKToolSettings::instance();
     int const mode = s.toolMode();
     auto *setup = panel->contentWidget()->findChild<QToolButton *>(QStringLiteral("jointSetupMode"));
-    ASSERT_TRUE(setup);
-    setup->click();
+    auto *manipulation = panel->contentWidget()->findChild<QToolButton *>(QStringLiteral("manipulationMode"));
+    QToolButton *other = mode == IKToolSettings::SetupMode ? manipulation : setup;
+    ASSERT_TRUE(other);
+    other->click();
     panel->modeChanged();
     panel->valueChanged();
+    panel->settingsChanged();
+    panel->onShowHideJointProperties(false);
     EXPECT_EQ(s.toolMode(), mode);
 }
+
+INSTANTIATE_TEST_SUITE_P(OneOfEachGroup, IKToolPanelForm,
+                         ::testing::Values(MissingWidget{"holdPosMulti", "1 1 0"},
+                                           MissingWidget{"activeGainSlider", "1 1 0"},
+                                           MissingWidget{"enableRootTranslationGain", "1 0 1"},
+                                           MissingWidget{"enableShadowPosing", "1 0 1"},
+                                           MissingWidget{"interpolationGroup", "0 1 1"},
+                                           MissingWidget{"selectJointsInformation", "0 1 1"}));
