@@ -307,6 +307,10 @@ TEST_F(IKToolPanelTest, TheToolsSelectedJointsComeBeforeTheNodeSelection)
     click("fromFrameButton");
     EXPECT_EQ(s.fromFrame(), 7);
     EXPECT_EQ(widget<QLineEdit>("fromFrame")->text(), QStringLiteral("7"));
+    click("toFrameButton");
+    EXPECT_EQ(s.toFrame(), 7);
+    EXPECT_EQ(s.fromFrame(), 7);
+    EXPECT_EQ(widget<QLineEdit>("toFrame")->text(), QStringLiteral("7"));
     click("clearKeyframes");
     EXPECT_EQ(source.clears, 1);
     // The type buttons are exclusive through the refresh.
@@ -540,6 +544,11 @@ TEST_F(IKToolPanelTest, FrameTextsThatAreNotWholeNumbersLeaveTheRangeAndComeBack
         EXPECT_EQ(s.toFrame(), 12) << bad.toStdString();
         EXPECT_EQ(from->text(), QStringLiteral("1")) << bad.toStdString();
     }
+    // Without a tool to read the current frame from, the range buttons change nothing.
+    click("fromFrameButton");
+    click("toFrameButton");
+    EXPECT_EQ(s.fromFrame(), 1);
+    EXPECT_EQ(s.toFrame(), 12);
     to->setText(QStringLiteral("20"));
     EXPECT_EQ(s.toFrame(), 20);
     from->setText(QStringLiteral("-4"));
