@@ -27,6 +27,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <array>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -102,6 +103,16 @@ protected:
         return added;
     }
 
+    // Pegs with these names, each the child of the one before: a root to be and its joints.
+    template <std::size_t N>
+    std::array<MO_PegModule *, N> chain(char const *const (&names)[N])
+    {
+        std::array<MO_PegModule *, N> pegs{};
+        for (std::size_t i = 0; i < N; ++i)
+            pegs[i] = add(QString::fromLatin1(names[i]), i > 0 ? pegs[i - 1] : nullptr);
+        return pegs;
+    }
+
     // Makes the session of the scene built so far and the panel in its receiver, as the host does.
     void open()
     {
@@ -140,11 +151,6 @@ protected:
     std::unique_ptr<TP_ToolPropertiesReceiver> receiver;
     IKToolPanel *panel = nullptr;
     FakeJointSource source;
-};
-
-// A skeleton of a root and three joints below it.
-struct Arm {
-    MO_PegModule *body, *upper, *fore, *hand;
 };
 
 } // namespace
@@ -214,10 +220,7 @@ TEST_F(IKToolPanelTest, ACurveCannotBeMadeARootFromEitherButton)
 
 TEST_F(IKToolPanelTest, MixedFlagsShowTheFirstJointAndMarkWhereTheOthersDiffer)
 {
-    MO_PegModule *body = add(QStringLiteral("Body"));
-    MO_PegModule *a = add(QStringLiteral("A"), body);
-    MO_PegModule *b = add(QStringLiteral("B"), a);
-    MO_PegModule *c = add(QStringLiteral("C"), b);
+    auto const [body, a, b, c] = chain({"Body", "A", "B", "C"});
     ASSERT_NO_FATAL_FAILURE(open());
     root(body);
     for (MO_PegModule *m : {a, b, c})
@@ -245,8 +248,9 @@ TEST_F(IKToolPanelTest, MixedFlagsShowTheFirstJointAndMarkWhereTheOthersDiffer)
     EXPECT_FALSE(enabled("activeMulti"));
     for (char const *name : kToolWidgets)
         EXPECT_TRUE(enabled(name)) << name;
-    // Each gain pair goes with its flag as shown.
-    EXPECT_TRUE(enabled("holdPosGain"));
+    // Each gain pair goes with its flag as shown, the first joint's (nodes come in no fixed order).
+    EXPECT_EQ(enabled("holdPosGain"), jointAttrOf(first)->holdPositionAttr()->localValue());
+    EXPECT_EQ(enabled("holdPosGainSlider"), jointAttrOf(first)->holdPositionAttr()->localValue());
     EXPECT_FALSE(enabled("holdAngleGain"));
     EXPECT_TRUE(enabled("activeGain"));
 
@@ -279,9 +283,7 @@ TEST_F(IKToolPanelTest, MixedFlagsShowTheFirstJointAndMarkWhereTheOthersDiffer)
 
 TEST_F(IKToolPanelTest, TheToolsSelectedJointsComeBeforeTheNodeSelection)
 {
-    MO_PegModule *body = add(QStringLiteral("Body"));
-    MO_PegModule *a = add(QStringLiteral("A"), body);
-    MO_PegModule *b = add(QStringLiteral("B"), a);
+    auto const [body, a, b] = chain({"Body", "A", "B"});
     ASSERT_NO_FATAL_FAILURE(open());
     root(body);
     joint(a);
@@ -360,9 +362,7 @@ TEST_F(IKToolPanelTest, ManyLongNamesBreakTheCaptionAfterACommaAndOpenItOnANewLi
 
 TEST_F(IKToolPanelTest, AutomaticGenerationMarksTheSkeletonOnceAndNotAgain)
 {
-    MO_PegModule *body = add(QStringLiteral("Body"));
-    MO_PegModule *upper = add(QStringLiteral("Upper"), body);
-    MO_PegModule *fore = add(QStringLiteral("Fore"), upper);
+    auto const [body, upper, fore] = chain({"Body", "Upper", "Fore"});
     ASSERT_NO_FATAL_FAILURE(open());
     select({body});
     EXPECT_TRUE(enabled("magicSetup"));
@@ -391,8 +391,7 @@ TEST_F(IKToolPanelTest, AutomaticGenerationMarksTheSkeletonOnceAndNotAgain)
 
 TEST_F(IKToolPanelTest, JointDefinitionTogglesTheSelectedNodeInOneStep)
 {
-    MO_PegModule *body = add(QStringLiteral("Body"));
-    MO_PegModule *arm = add(QStringLiteral("Arm"), body);
+    auto const [body, arm] = chain({"Body", "Arm"});
     ASSERT_NO_FATAL_FAILURE(open());
     root(body);
     select({arm});
@@ -425,9 +424,7 @@ TEST_F(IKToolPanelTest, JointDefinitionTogglesTheSelectedNodeInOneStep)
 
 TEST_F(IKToolPanelTest, RootSettingsAndResetOfTheWholeSkeleton)
 {
-    MO_PegModule *body = add(QStringLiteral("Body"));
-    MO_PegModule *a = add(QStringLiteral("A"), body);
-    MO_PegModule *b = add(QStringLiteral("B"), a);
+    auto const [body, a, b] = chain({"Body", "A", "B"});
     ASSERT_NO_FATAL_FAILURE(open());
 
     // The top root button makes the selection a root and goes to setup mode.
@@ -493,8 +490,7 @@ TEST_F(IKToolPanelTest, RootSettingsAndResetOfTheWholeSkeleton)
 
 TEST_F(IKToolPanelTest, ARefreshNeverComesBackAsAGesture)
 {
-    MO_PegModule *body = add(QStringLiteral("Body"));
-    MO_PegModule *a = add(QStringLiteral("A"), body);
+    auto const [body, a] = chain({"Body", "A"});
     ASSERT_NO_FATAL_FAILURE(open());
     root(body);
     joint(a);
