@@ -495,27 +495,34 @@ TEST_F(IKToolPanelTest, ARefreshNeverComesBackAsAGesture)
     root(body);
     joint(a);
     manager()->execute(jointAttrOf(a)->holdPositionGainAttr()->setTextValue(0.0, QStringLiteral("3.7")));
-    select({a});
+    manager()->execute(jointAttrOf(a)->holdPositionAttr()->setTextValue(0.0, QStringLiteral("true")));
     IKToolSettings &s = IKToolSettings::instance();
-    s.setInterpolationEnabled(true);
-    s.setFrameRange(3, 9);
-    s.setRootTranslationGain(4.2);
+    s.setRootTranslationGain(1.0);
 
-    // Every refresh below changes widget values (texts, spin boxes, sliders, check states), which
-    // would each run a gesture if their signals got through: a step, a settings signal.
+    // Each change below makes the refresh change widget values (texts, spin boxes, sliders, check
+    // states), which would each run a gesture if their signals got through: a step, or at least
+    // one more settings signal.
     QSignalSpy changes(&s, &IKToolSettings::settingsChanged);
     int const steps = manager()->undoCount();
-    for (int i = 0; i < 3; ++i) {
-        panel->settingsChanged();
-        panel->onSelectionChanged();
+    ASSERT_NE(widget<QSpinBox>("holdPosGain")->value(), 37);
+    ASSERT_FALSE(checked("holdPosCB"));
+    select({a});                      // the joint's values: no settings signal
+    s.setInterpolationEnabled(true);  // silent
+    s.setFrameRange(3, 9);            // one signal
+    s.setRootTranslationGain(4.2);    // one signal
+    for (int i = 0; i < 3; ++i)       // one signal each
         s.setToolMode(i % 2 ? IKToolSettings::ManipulationMode : IKToolSettings::SetupMode);
-    }
     s.setToolMode(IKToolSettings::ManipulationMode);
+    panel->settingsChanged();
+    panel->onSelectionChanged();
     EXPECT_EQ(manager()->undoCount(), steps);
-    EXPECT_EQ(changes.count(), 4);  // the mode changes alone
+    EXPECT_EQ(changes.count(), 6);
     EXPECT_EQ(widget<QSpinBox>("holdPosGain")->value(), 37);
+    EXPECT_EQ(widget<QSlider>("holdPosGainSlider")->value(), 37);
+    EXPECT_TRUE(checked("holdPosCB"));
     EXPECT_EQ(widget<QSpinBox>("enableRootTranslationGain")->value(), 42);
     EXPECT_EQ(widget<QLineEdit>("fromFrame")->text(), QStringLiteral("3"));
+    EXPECT_EQ(widget<QLineEdit>("toFrame")->text(), QStringLiteral("9"));
     EXPECT_EQ(s.fromFrame(), 3);
     EXPECT_EQ(s.toFrame(), 9);
 }
