@@ -312,11 +312,8 @@ struct AH_BatchRunner::Impl {
             ownPanels = std::make_unique<TP_ToolPropertiesReceiver>();
             panels = ownPanels.get();
             // As the window does: an undo may take away what a panel shows without telling it.
-            TP_ToolPropertiesReceiver *receiver = panels;
-            QObject::connect(&workspace, &AH_Workspace::documentChanged, receiver, [receiver] {
-                if (TP_ToolPropertiesPanel *panel = receiver->currentPanel())
-                    panel->updateStatus();
-            });
+            QObject::connect(&workspace, &AH_Workspace::documentChanged, panels,
+                             &TP_ToolPropertiesReceiver::updateStatus);
         }
         CX_ToolIds::ID const tool = workspace.view()->toolId();
         if (panels->currentTool() != tool)
@@ -506,16 +503,16 @@ bool AH_BatchRunner::Impl::execute(QString const &command, QStringList const &a,
         Qt::KeyboardModifiers modifiers;
         if (!gesturePoint(a, point, modifiers, why))
             return false;
+        // A mouse gets to a place before it presses there: the hover, and the cursor the window
+        // asks for on it, come first. Tools keep what lies under the pointer from them.
+        bool const press = command == QLatin1String("press");
+        if (press && !view->isPressed()) {
+            view->mouseMove(point, modifiers);
+            view->cursorAt(point);
+        }
         // A tool works on what it drew last, as under a mouse: the view is painted before each gesture.
         view->render();
-        if (command == QLatin1String("press")) {
-            // A mouse gets to a place before it presses there: the hover, and the cursor the
-            // window asks for on it, come first. Tools keep what lies under the pointer from them.
-            if (!view->isPressed()) {
-                view->mouseMove(point, modifiers);
-                view->cursorAt(point);
-                view->render();
-            }
+        if (press) {
             view->mousePress(point, modifiers);
         } else if (command == QLatin1String("move")) {
             view->mouseMove(point, modifiers);

@@ -345,8 +345,7 @@ void AH_MainWindow::onDocumentChanged()
     d_->viewWidget->update();
     // Panels show state derived from the scene, and an undo may take away what a panel shows
     // (a root) without telling it: the current one is brought up to date after every step.
-    if (TP_ToolPropertiesPanel *panel = d_->receiver->currentPanel())
-        panel->updateStatus();
+    d_->receiver->updateStatus();
 }
 
 void AH_MainWindow::onSelectionChanged()

@@ -160,16 +160,14 @@ AT_Attr *AH_Workspace::findAttr(MO_Node *node, QString const &path)
         auto *complex = dynamic_cast<AT_ComplexAttr *>(attr);
         if (i > 0 && !complex)
             return nullptr;
-        AT_Attr *found = nullptr;
-        int k = int(parts.size());
-        for (; k > i && !found; --k) {
-            QString const keyword = parts.mid(i, k - i).join(QLatin1Char('.'));
-            found = i == 0 ? node->attr(keyword) : complex->findRegisteredAttr(keyword);
+        int end = int(parts.size());
+        for (attr = nullptr; !attr && end > i; --end) {
+            QString const keyword = parts.mid(i, end - i).join(QLatin1Char('.'));
+            attr = i == 0 ? node->attr(keyword) : complex->findRegisteredAttr(keyword);
         }
-        if (!found)
+        if (!attr)
             return nullptr;
-        attr = found;
-        i = k + 1;
+        i = end + 1;  // the loop went one past the run that matched
     }
     return attr;
 }

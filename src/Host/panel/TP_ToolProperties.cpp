@@ -149,6 +149,12 @@ void TP_ToolPropertiesReceiver::selectionChanged()
             panel->updateStatus();
 }
 
+void TP_ToolPropertiesReceiver::updateStatus()
+{
+    if (TP_ToolPropertiesPanel *panel = currentPanel())
+        panel->updateStatus();
+}
+
 void TP_ToolPropertiesReceiver::registerPanel(CX_ToolIds::ID tool, TP_ToolPropertiesPanel *panel)
 {
     if (TP_ToolPropertiesPanel *old = panelForTool(tool); old && old != panel)

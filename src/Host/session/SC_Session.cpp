@@ -10,26 +10,15 @@
 
 namespace {
 
-// Passes every change of the selection on as the change manager's selectionChanged.
-class SelectionRelay : public TUListener {
+// Turns each call of a teller into one call of the change manager.
+class ChangeRelay : public TUListener {
 public:
-    explicit SelectionRelay(TUSceneChangeManager *changes) : changes_(changes) {}
-    void callBack(TUTeller *) override { changes_->emitSelectionChanged(); }
+    ChangeRelay(TUSceneChangeManager *changes, void (TUSceneChangeManager::*send)()) : changes_(changes), send_(send) {}
+    void callBack(TUTeller *) override { (changes_->*send_)(); }
 
 private:
     TUSceneChangeManager *changes_;
-};
-
-// Sends the node changes gathered while commands ran once their undo step is recorded, undone
-// or redone: a change made outside the view (a panel, a menu, a script) is then heard at once,
-// not at the next release of the mouse in the view.
-class StepRelay : public TUListener {
-public:
-    explicit StepRelay(TUSceneChangeManager *changes) : changes_(changes) {}
-    void callBack(TUTeller *) override { changes_->notify(); }
-
-private:
-    TUSceneChangeManager *changes_;
+    void (TUSceneChangeManager::*send_)();
 };
 
 } // namespace
@@ -43,8 +32,12 @@ struct SC_Session::Impl {
     TUSceneChangeManager *changes;                     // = ownChanges or the lent one; never null
     std::unique_ptr<SL_Selection> selection = std::make_unique<SL_Selection>();
     std::unique_ptr<SC_InteractiveDragManager> drags = std::make_unique<SC_InteractiveDragManager>(commands.get());
-    std::unique_ptr<SelectionRelay> relay;
-    std::unique_ptr<StepRelay> steps;
+    // Every change of the selection goes out as selectionChanged.
+    std::unique_ptr<ChangeRelay> relay;
+    // The node changes gathered while commands ran go out once their undo step is recorded,
+    // undone or redone: a change made outside the view (a panel, a menu, a script) is heard at
+    // once, not at the next release of the mouse in the view.
+    std::unique_ptr<ChangeRelay> steps;
     Math::Matrix4x4 camera;  // camera space to scene space
     double frame = 1.0;      // = the current frame; finite
 };
@@ -58,8 +51,8 @@ SC_Session::SC_Session(std::unique_ptr<TUScene> scene, TUSceneChangeManager *cha
         changes = d_->ownChanges.get();
     }
     d_->changes = changes;
-    d_->relay = std::make_unique<SelectionRelay>(changes);
-    d_->steps = std::make_unique<StepRelay>(changes);
+    d_->relay = std::make_unique<ChangeRelay>(changes, &TUSceneChangeManager::emitSelectionChanged);
+    d_->steps = std::make_unique<ChangeRelay>(changes, &TUSceneChangeManager::notify);
     d_->scene = scene ? std::move(scene) : std::make_unique<TUScene>();
     d_->scene->setSceneCommon(this);
     d_->scene->setProjectCommon(this);

@@ -78,6 +78,8 @@ public:
 
     // Called on every selection change: refreshes the current panel if it asks for it.
     void selectionChanged();
+    // Refreshes the current panel, if any.
+    void updateStatus();
 
 private:
     friend class TP_ToolPropertiesPanelFactory;

@@ -60,6 +60,12 @@ void IKToolUtil::setParticipation(CO_CommandManager *manager, MO_Module *module,
         executeText(manager, metaData->skeletonMetaData()->participates(), participate);
 }
 
+CO_CommandManager *IKToolUtil::commandManagerForModule(MO_Module *module)
+{
+    SC_ProjectCommon *project = module ? module->projectCommon() : nullptr;
+    return project ? project->commandManager() : nullptr;
+}
+
 void IKToolUtil::defineRoot(CO_CommandManager *manager, MO_Module *module, bool define)
 {
     if (!manager || !module)

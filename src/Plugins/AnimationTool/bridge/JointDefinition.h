@@ -13,6 +13,9 @@
 
 namespace IKToolUtil {
 
+// The command manager of the module's project; null for a null module or one outside a project.
+CO_CommandManager *commandManagerForModule(MO_Module *module);
+
 // Gives the module its metadata if it has none, then sets its participation flag.
 void setParticipation(CO_CommandManager *manager, MO_Module *module, bool participate);
 

@@ -40,12 +40,6 @@ SC_InteractiveDragManager *dragManager()
     return session ? session->dragManager() : nullptr;
 }
 
-CO_CommandManager *commandManagerOf(MO_Module *module)
-{
-    SC_ProjectCommon *project = module ? module->projectCommon() : nullptr;
-    return project ? project->commandManager() : nullptr;
-}
-
 // The offset of `id` in the adaptor's block, or -1 when the id is not the adaptor's.
 int offsetIn(SLB_SelectablePickAdaptor const &adaptor, unsigned int id)
 {
@@ -374,7 +368,7 @@ void IKTool::drag(Math::Point2d const &point, bool interactive)
         return;
     d.moveTargets(viewToScene(point) - d.dragOrigin);
     d.solveFrames(!interactive);
-    if (CO_CommandManager *manager = commandManagerOf(root)) {
+    if (CO_CommandManager *manager = IKToolUtil::commandManagerForModule(root)) {
         d.commitFrames(manager, d.currentKey());
         d.buildManipulators(root);
     }
@@ -389,7 +383,7 @@ void IKTool::dragEnd(Math::Point2d const &point)
     if (!root)
         return;
     drag(point, false);
-    if (CO_CommandManager *manager = commandManagerOf(root)) {
+    if (CO_CommandManager *manager = IKToolUtil::commandManagerForModule(root)) {
         CO_CommandAccumScope scope(manager, QStringLiteral("IK Manipulation"));
         d.commitFrames(manager, d.currentKey());
     }
@@ -406,7 +400,7 @@ void IKTool::dragSetupHandle(Math::Point2d const &point)
         return;
     Math::Vector3d const direction = viewToScene(point) - parent->solvedPosition;
     MO_Module *module = joint.module.get();
-    if (CO_CommandManager *manager = commandManagerOf(module))
+    if (CO_CommandManager *manager = IKToolUtil::commandManagerForModule(module))
         IKToolUtil::setHandleOrientationForModule(manager, module, direction, context()->currentFrame());
 }
 
@@ -452,7 +446,7 @@ void IKTool::applyAltogether()
     d.setUpTasks();
     d.moveTargets(Math::Vector3d());  // every frame takes the current frame's place of each joint
     d.solveFrames(false);
-    if (CO_CommandManager *manager = commandManagerOf(root)) {
+    if (CO_CommandManager *manager = IKToolUtil::commandManagerForModule(root)) {
         CO_CommandAccumScope scope(manager, QStringLiteral("IK Apply Altogether"));
         d.commitFrames(manager, d.currentKey());
     }
@@ -489,7 +483,7 @@ void IKTool::Impl::setupPress()
         return;
     }
     if (!IKToolUtil::isRoot(module)) {
-        if (CO_CommandManager *manager = commandManagerOf(module)) {
+        if (CO_CommandManager *manager = IKToolUtil::commandManagerForModule(module)) {
             CO_CommandAccumScope scope(manager, QStringLiteral("Define IK Joint"));
             IKToolUtil::setParticipation(manager, module, !IKToolUtil::participates(module));
         }
@@ -554,7 +548,7 @@ void IKTool::Impl::flagClick()
     int const index = constellationTarget();
     if (index >= 0 && index < int(current.size())) {
         SkeletonJointDef const &joint = current[std::size_t(index)];
-        CO_CommandManager *manager = commandManagerOf(joint.module.get());
+        CO_CommandManager *manager = IKToolUtil::commandManagerForModule(joint.module.get());
         if (!manager)
             return;  // the press ends here, still pressed
         CO_CommandAccumScope scope(manager, QStringLiteral("IK Joint Settings"));
@@ -591,7 +585,7 @@ void IKTool::Impl::applySlider(Math::Point2d const &point)
     SkeletonDef &current = skeleton();
     if (!validJoint(current, constellationTarget()))
         return;
-    CO_CommandManager *manager = commandManagerOf(current[std::size_t(constellationTarget())].module.get());
+    CO_CommandManager *manager = IKToolUtil::commandManagerForModule(current[std::size_t(constellationTarget())].module.get());
     if (!manager)
         return;
     QString const text = QString::number(ratio, 'g', 6);

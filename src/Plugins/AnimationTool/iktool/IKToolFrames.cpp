@@ -2,18 +2,13 @@
 // together, and the two one-shot operations built on them (apply altogether, clear keyframes).
 #include "iktool/IKToolImpl.h"
 
+#include "bridge/JointDefinition.h"
 #include "bridge/SkeletonExtraction.h"
 #include "solver/JointActivity.h"
 
 #include <cstdio>
 
 namespace {
-
-CO_CommandManager *commandManagerOf(MO_Module *module)
-{
-    SC_ProjectCommon *project = module ? module->projectCommon() : nullptr;
-    return project ? project->commandManager() : nullptr;
-}
 
 bool hasChild(SkeletonDef const &skeleton, std::string const &name)
 {
@@ -351,7 +346,7 @@ void IKTool::Impl::clearKeyframes()
     MO_Module *root = IKToolUtil::skeletonFromSelection();
     if (!root || !currentSolver())
         return;
-    CO_CommandManager *manager = commandManagerOf(root);
+    CO_CommandManager *manager = IKToolUtil::commandManagerForModule(root);
     if (!manager)
         return;
     rebuildFrames();

@@ -38,12 +38,6 @@ bool canBeRoot(MO_Module *module)
     return module && module->typeKeyword() != CurveModule::Keyword();
 }
 
-CO_CommandManager *commandManagerOf(MO_Module *module)
-{
-    SC_ProjectCommon *project = module ? module->projectCommon() : nullptr;
-    return project ? project->commandManager() : nullptr;
-}
-
 // Each change a refresh makes is made with the widget's signals blocked; QSignalBlocker gives the
 // previous blocked state back when it goes.
 void setChecked(QAbstractButton *button, bool checked)
@@ -127,13 +121,6 @@ struct JointDifferences {
         holdOrientationGain |= first.holdOrientationGain != other.holdOrientationGain;
     }
 };
-
-JointAttr *jointAttrOf(MO_Module *module)
-{
-    IKMetaData *meta = IKToolUtil::getIKMetaDataForModule(module);
-    SkeletonMetaData *skeleton = meta ? meta->skeletonMetaData() : nullptr;
-    return skeleton ? skeleton->jointAttr() : nullptr;
-}
 
 } // namespace
 
@@ -357,7 +344,7 @@ void IKToolPanel::Impl::automaticGeneration()
     if (!module)
         return;
     MO_Module *root = IKToolUtil::skeletonFromModule(module);
-    CO_CommandManager *manager = commandManagerOf(module);
+    CO_CommandManager *manager = IKToolUtil::commandManagerForModule(module);
     if (!manager)
         return;
     CO_CommandAccumScope scope(manager, QStringLiteral("Automatic Skeleton Generation"));
@@ -383,7 +370,7 @@ void IKToolPanel::Impl::assignRoot(bool fromMagicButton)
     MO_Module *module = IKToolUtil::uniqueSelection();
     if (!canBeRoot(module))
         return;
-    CO_CommandManager *manager = commandManagerOf(module);
+    CO_CommandManager *manager = IKToolUtil::commandManagerForModule(module);
     if (!manager)
         return;
     bool const wasRoot = IKToolUtil::isRoot(module);
@@ -400,7 +387,7 @@ void IKToolPanel::Impl::assignRoot(bool fromMagicButton)
 void IKToolPanel::Impl::defineJoint()
 {
     MO_Module *module = IKToolUtil::uniqueSelection();
-    CO_CommandManager *manager = commandManagerOf(module);
+    CO_CommandManager *manager = IKToolUtil::commandManagerForModule(module);
     if (!manager)
         return;
     bool const participated = IKToolUtil::participates(module);
@@ -418,7 +405,7 @@ void IKToolPanel::Impl::applyToSelectedJoints(MO_Module *root, QObject *sender)
 {
     IKToolSettings &settings = IKToolSettings::instance();
     std::vector<MO_Module *> const joints = selectedJoints(root);
-    CO_CommandManager *manager = commandManagerOf(root);
+    CO_CommandManager *manager = IKToolUtil::commandManagerForModule(root);
     if (!manager)
         return;
     QString name = QStringLiteral("IK Setting");
@@ -430,28 +417,22 @@ void IKToolPanel::Impl::applyToSelectedJoints(MO_Module *root, QObject *sender)
     QSignalBlocker quiet(panel);
 
     IKToolSettings::SelectionJointSource *source = settings.jointSource();
-    auto forEachJoint = [&joints](auto &&change) {
+    // The same text on one attribute of every selected joint; a change that changes nothing
+    // makes no command, which the manager drops.
+    auto write = [&](auto attribute, QString const &text) {
         for (MO_Module *module : joints)
-            if (JointAttr *attr = jointAttrOf(module))
-                change(*attr);
+            if (JointAttr *attr = IKToolUtil::jointAttrForModule(module))
+                manager->execute((attr->*attribute)()->setTextValue(0.0, text));
     };
     auto flag = [&](AT_BoolAttr *(JointAttr::*attribute)() const, bool on) {
-        forEachJoint([&](JointAttr &attr) {
-            if (std::unique_ptr<CO_Command> command =
-                    (attr.*attribute)()->setTextValue(0.0, on ? QStringLiteral("true") : QStringLiteral("false")))
-                manager->execute(std::move(command));
-        });
+        write(attribute, on ? QStringLiteral("true") : QStringLiteral("false"));
     };
     auto gain = [&](AT_DoubleAttr *(JointAttr::*attribute)() const, int tenths) {
-        QString const text = QString::number(tenths / 10.0, 'g', 6);
-        forEachJoint([&](JointAttr &attr) {
-            if (std::unique_ptr<CO_Command> command = (attr.*attribute)()->setTextValue(0.0, text))
-                manager->execute(std::move(command));
-        });
+        write(attribute, QString::number(tenths / 10.0, 'g', 6));
     };
     auto reset = [manager](std::vector<MO_Module *> const &modules) {
         for (MO_Module *module : modules)
-            if (JointAttr *attr = jointAttrOf(module))
+            if (JointAttr *attr = IKToolUtil::jointAttrForModule(module))
                 attr->resetDefaultValues(manager);
     };
 
@@ -580,7 +561,7 @@ void IKToolPanel::Impl::refreshJointProperties(MO_Module *root, std::vector<MO_M
         JointDifferences differ;
         bool first = true;
         for (MO_Module *module : joints) {
-            JointAttr *attr = jointAttrOf(module);
+            JointAttr *attr = IKToolUtil::jointAttrForModule(module);
             if (!attr || !IKToolUtil::participates(module))
                 continue;
             JointValues const values = JointValues::of(*attr);

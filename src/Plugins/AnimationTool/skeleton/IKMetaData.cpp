@@ -172,8 +172,14 @@ bool IKToolUtil::participates(MO_Module *module)
     return metaData && metaData->skeletonMetaData()->participates()->localValue();
 }
 
-bool IKToolUtil::isRoot(MO_Module *module)
+JointAttr *IKToolUtil::jointAttrForModule(MO_Module *module)
 {
     IKMetaData const *metaData = getIKMetaDataForModule(module);
-    return metaData && metaData->skeletonMetaData()->jointAttr()->isRoot()->localValue();
+    return metaData ? metaData->skeletonMetaData()->jointAttr() : nullptr;
+}
+
+bool IKToolUtil::isRoot(MO_Module *module)
+{
+    JointAttr const *joint = jointAttrForModule(module);
+    return joint && joint->isRoot()->localValue();
 }

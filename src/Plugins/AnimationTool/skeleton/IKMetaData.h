@@ -103,6 +103,8 @@ namespace IKToolUtil {
 IKMetaData *getIKMetaDataForModule(MO_Module *module);
 // As above; null for a node that is no module.
 IKMetaData *getIKMetaDataForNode(MO_Node *node);
+// The JointAttr of the module's metadata; null for a module without metadata.
+JointAttr *jointAttrForModule(MO_Module *module);
 // Local value of the participation flag; false without metadata.
 bool participates(MO_Module *module);
 // Local value of JointAttr::isRoot(); false without metadata.

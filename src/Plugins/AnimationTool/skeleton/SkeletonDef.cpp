@@ -8,8 +8,7 @@
 // predicate reads the attributes' local values anew.
 JointAttr *SkeletonJointDef::jointAttr() const
 {
-    IKMetaData const *metaData = IKToolUtil::getIKMetaDataForModule(module.get());
-    return metaData ? metaData->skeletonMetaData()->jointAttr() : nullptr;
+    return IKToolUtil::jointAttrForModule(module.get());
 }
 
 std::optional<JointConstraints> SkeletonJointDef::readConstraints() const

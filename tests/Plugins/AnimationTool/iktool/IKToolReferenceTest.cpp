@@ -118,11 +118,8 @@ TEST_F(IKToolCharacter, AGhostJointIsItsFramesColourBlendedOverTheBackgroundAtIt
     IKTool::Impl &d = static_cast<IKTool *>(view->tool())->impl();
     ASSERT_EQ(d.frames.size(), 9u);  // frames 1 to 9
 
-    Math::CameraTransformChain chain = view->canvasBinder()->cameraTransformChain();
-    chain.setModelMatrix(Math::Matrix4x4());
-    auto pixelOf = [&chain](Math::Point3d const &p) {
-        Math::Point2d out;
-        chain.project(Math::CameraTransformChain::ModelFrame, p, out);
+    auto pixelAt = [this](Math::Point3d const &p) {
+        Math::Point2d const out = pixelOf(*view, p);
         return QPoint(int(std::lround(out.x)), int(std::lround(out.y)));
     };
     // The last joint of the left arm, the fingers' peg (not its handle, which wears a ring in its
@@ -130,7 +127,7 @@ TEST_F(IKToolCharacter, AGhostJointIsItsFramesColourBlendedOverTheBackgroundAtIt
     auto tipAt = [&](int frame) {
         for (SkeletonJointDef const &joint : d.frames.at(frame).skeleton)
             if (!joint.isHandle && joint.module.get() == module("LFingers-P"))
-                return pixelOf(joint.solvedPosition);
+                return pixelAt(joint.solvedPosition);
         ADD_FAILURE() << "no tip at frame " << frame;
         return QPoint();
     };

@@ -764,16 +764,6 @@ TEST_F(IKToolArm, AHeldJointRunsFromItsFirstToItsLastPlaceUnlessItFollowsItsActu
 
 namespace {
 
-// Where the view paints a scene point of the tool's skeletons (drawn with an identity model matrix).
-Math::Point2d pixelOf(VW_View &view, Math::Point3d const &point)
-{
-    Math::CameraTransformChain chain = view.canvasBinder()->cameraTransformChain();
-    chain.setModelMatrix(Math::Matrix4x4());
-    Math::Point2d out;
-    chain.project(Math::CameraTransformChain::ModelFrame, point, out);
-    return out;
-}
-
 VS_RGBA pixelAt(QImage const &image, Math::Point2d const &p)
 {
     QColor const c = image.pixelColor(int(std::lround(p.x)), int(std::lround(p.y)));

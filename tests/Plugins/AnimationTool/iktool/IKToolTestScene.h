@@ -4,6 +4,7 @@
 #include "host/HostAPI.h"
 #include "iktool/IKToolSettings.h"
 #include "scene/TUSceneFile.h"
+#include "view/VW_View.h"
 
 #include <QFile>
 
@@ -37,4 +38,14 @@ inline void closeExampleScene()
 inline MO_Module *moduleNamed(SC_Session const &session, char const *name)
 {
     return dynamic_cast<MO_Module *>(session.scene()->getRootGroup()->findNode(QLatin1String(name)));
+}
+
+inline // Where the view paints a scene point of the tool's skeletons (drawn with an identity model matrix).
+Math::Point2d pixelOf(VW_View &view, Math::Point3d const &point)
+{
+    Math::CameraTransformChain chain = view.canvasBinder()->cameraTransformChain();
+    chain.setModelMatrix(Math::Matrix4x4());
+    Math::Point2d out;
+    chain.project(Math::CameraTransformChain::ModelFrame, point, out);
+    return out;
 }
