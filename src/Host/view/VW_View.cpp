@@ -126,21 +126,66 @@ struct VW_View::Impl {
     TUScene *scene() const { return session ? session->scene() : nullptr; }
     double frame() const { return session ? session->currentFrame() : 1.0; }
 
-    // Sets the binder's matrices for the current size, camera and frame; the model is the identity.
-    void setUpCamera()
+    double zoom = 1.0;     // within kMinimumZoom and kMaximumZoom
+    Math::Point2d centre;  // camera-space point at the centre of the view (the pan)
+
+    // Pixels per OGL unit at zoom 1: the field fits the view.
+    double fieldPixelsPerUnit() const
     {
-        binder.setViewport(width, height);
-        binder.setOrthographicProjection(std::min(width / (2.0 * kFieldHalfWidth), height / (2.0 * kFieldHalfHeight)));
-        binder.setModelMatrix(Math::Matrix4x4());
-        Math::Matrix4x4 view;
+        return std::min(width / (2.0 * kFieldHalfWidth), height / (2.0 * kFieldHalfHeight));
+    }
+    double pixelsPerUnit() const { return fieldPixelsPerUnit() * zoom; }
+
+    // The scene's camera at the current frame, from scene space to camera space.
+    Math::Matrix4x4 cameraInverse() const
+    {
         if (session) {
             try {
-                view = session->cameraMatrix(MO_FrameKey(frame())).getInverse();
+                return session->cameraMatrix(MO_FrameKey(frame())).getInverse();
             } catch (Math::SingularMatrixError const &) {
                 // A flattened camera sees nothing sensible: show the scene as it is.
             }
         }
-        binder.setViewMatrix(view);
+        return Math::Matrix4x4();
+    }
+
+    // Sets the binder's matrices for the current size, camera, zoom, pan and frame; the model is
+    // the identity. The pan goes after the scene's camera, the zoom into the projection.
+    void setUpCamera()
+    {
+        binder.setViewport(width, height);
+        binder.setOrthographicProjection(pixelsPerUnit());
+        binder.setModelMatrix(Math::Matrix4x4());
+        Math::Matrix4x4 pan;
+        pan.translate(-centre.x, -centre.y);
+        binder.setViewMatrix(pan * cameraInverse());
+    }
+
+    // A view point as an offset in pixels from the centre of the view, y up.
+    Math::Vector2d fromCentre(Math::Point2d const &viewPoint) const
+    {
+        return Math::Vector2d(viewPoint.x - (width - 1) / 2.0, (height - 1) / 2.0 - viewPoint.y);
+    }
+
+    // The box, in camera space, of the drawings exposed at the current frame; empty without any.
+    Math::Box2d drawingsBox() const
+    {
+        Math::Box2d box;
+        Math::Matrix4x4 const camera = cameraInverse();
+        double const f = frame();
+        for (MO_ElementModule *element : collect().elements) {
+            OC_DrawingPtr const drawing = element->oglDrawing(f);
+            if (!drawing.isDrawing() || drawing->bounds().isEmpty())
+                continue;
+            Math::Matrix4x4 const toCamera = camera * worldMatrix(*element, f);
+            Math::Box2d const &b = drawing->bounds();
+            for (Math::Point2d const &corner : {b.min(), Math::Point2d(b.max().x, b.min().y), b.max(), Math::Point2d(b.min().x, b.max().y)}) {
+                Math::Point3d const p = toCamera * Math::Point3d(corner.x, corner.y, 0.0);
+                if (std::isfinite(p.x) && std::isfinite(p.y))
+                    box.Add(Math::Point2d(p.x, p.y));
+            }
+        }
+        return box;
     }
 
     ModuleCollector collect() const
@@ -482,6 +527,77 @@ QCursor VW_View::cursorFor(int cursor) const
 {
     auto const found = d_->cursors.find(cursor);
     return found != d_->cursors.end() ? *found->second : QCursor(cursorShape(cursor));
+}
+
+double VW_View::zoom() const
+{
+    return d_->zoom;
+}
+
+Math::Point2d VW_View::centre() const
+{
+    return d_->centre;
+}
+
+bool VW_View::zoomAbout(double factor, Math::Point2d const &anchor)
+{
+    if (!(factor >= kMinimumZoom && factor <= kMaximumZoom) || !std::isfinite(anchor.x) || !std::isfinite(anchor.y))
+        return false;
+    // The camera point under the anchor, c + s / k, must stay under it: c' = c + s / k - s / k'.
+    Math::Vector2d const s = d_->fromCentre(anchor);
+    double const before = d_->pixelsPerUnit();
+    d_->zoom = factor;
+    double const after = d_->pixelsPerUnit();
+    d_->centre = Math::Point2d(d_->centre.x + s.x / before - s.x / after, d_->centre.y + s.y / before - s.y / after);
+    emit cameraChanged();
+    requestRedraw();
+    return true;
+}
+
+bool VW_View::setZoom(double factor)
+{
+    return zoomAbout(factor, Math::Point2d((d_->width - 1) / 2.0, (d_->height - 1) / 2.0));
+}
+
+bool VW_View::pan(double dx, double dy)
+{
+    if (!std::isfinite(dx) || !std::isfinite(dy))
+        return false;
+    // The picture follows the hand: the centre goes the other way (y of view pixels points down).
+    double const k = d_->pixelsPerUnit();
+    d_->centre = Math::Point2d(d_->centre.x - dx / k, d_->centre.y + dy / k);
+    emit cameraChanged();
+    requestRedraw();
+    return true;
+}
+
+void VW_View::fitScene()
+{
+    Math::Box2d const box = d_->drawingsBox();
+    if (box.isEmpty())
+        return resetCamera();
+    double const usable = 1.0 - 2.0 * kFitMargin;
+    double const k = d_->fieldPixelsPerUnit();
+    // A box flat in one direction is fitted by the other; a single point keeps the zoom.
+    double zoom = kMaximumZoom;
+    if (box.width() > 0.0)
+        zoom = std::min(zoom, usable * d_->width / (box.width() * k));
+    if (box.height() > 0.0)
+        zoom = std::min(zoom, usable * d_->height / (box.height() * k));
+    if (box.width() <= 0.0 && box.height() <= 0.0)
+        zoom = d_->zoom;
+    d_->zoom = std::clamp(zoom, kMinimumZoom, kMaximumZoom);
+    d_->centre = box.GetCenter();
+    emit cameraChanged();
+    requestRedraw();
+}
+
+void VW_View::resetCamera()
+{
+    d_->zoom = 1.0;
+    d_->centre = Math::Point2d();
+    emit cameraChanged();
+    requestRedraw();
 }
 
 bool VW_View::viewToScene(Math::Point2d const &view, Math::Point2d &scene)

@@ -12,6 +12,11 @@
 // as view matrix, an orthographic projection that fits the field (-1 to 1 OGL units across, -0.75
 // to 0.75 up) into the view; selected modules get a marker; last the current tool draws.
 //
+// Zoom and pan are the user's, and belong to the camera chain like the scene's camera: the view
+// matrix carries the pan (the camera-space point shown at the centre of the view) and the
+// projection carries the zoom (1 shows the field as above). Drawing, picking, viewToScene and every
+// tool that maps points through canvasBinder() therefore follow them without knowing.
+//
 // Picking: the pick pass paints, on a pick canvas of the view's size, each drawing in the colour of
 // a picking id of its module, then the tool's own pick drawing. pick() reads the ids in a square of
 // kPickRadius pixels around the point, nearest first, and calls the tool's oglScanHit for each of
@@ -103,6 +108,29 @@ public:
     // The Qt cursor of a cursor value (standard or registered); the arrow for unknown values.
     QCursor cursorFor(int cursor) const;
 
+    // Zoom and pan. zoom() is 1 when the field fits the view, 2 when things look twice as large;
+    // it stays within kMinimumZoom and kMaximumZoom. centre() is the point of camera space (OGL
+    // units, the scene's camera at the origin) shown at the centre of the view; it stays where it
+    // is when the view is resized. Each change emits cameraChanged and asks for a redraw.
+    static constexpr double kMinimumZoom = 1.0 / 32.0;
+    static constexpr double kMaximumZoom = 64.0;
+    double zoom() const;
+    Math::Point2d centre() const;
+    // Sets the zoom, keeping the scene under the view point `anchor` where it is (zoom about the
+    // pointer). False, nothing changed, for a factor outside the limits or a point not finite.
+    bool zoomAbout(double factor, Math::Point2d const &anchor);
+    // Sets the zoom about the centre of the view.
+    bool setZoom(double factor);
+    // Moves the picture by (dx, dy) view pixels (x right, y down), as a drag of the hand does.
+    // False, nothing changed, for numbers that are not finite.
+    bool pan(double dx, double dy);
+    // Shows the drawings exposed at the current frame whole, centred, with a margin of
+    // kFitMargin of the view on each side (zoom within its limits); with nothing to show, 100%
+    // centred. resetCamera: 100% centred on the scene's camera.
+    static constexpr double kFitMargin = 0.05;
+    void fitScene();
+    void resetCamera();
+
     // Scene (OGL) point of a view point and back, under the view's camera; false when it cannot map.
     bool viewToScene(Math::Point2d const &view, Math::Point2d &scene);
     bool sceneToView(Math::Point2d const &scene, Math::Point2d &view);
@@ -126,6 +154,8 @@ signals:
     // Someone (the tool, a scene change) asked for a new picture.
     void redrawRequested();
     void dragStepFinished();
+    // The zoom or the pan changed.
+    void cameraChanged();
 
 private:
     struct Impl;
