@@ -125,8 +125,9 @@ bool pressKey(AH_BatchContext &c, QStringList const &a, QString &)
     int const key = code & ~int(Qt::KeyboardModifierMask);
     auto const modifiers = Qt::KeyboardModifiers(code & int(Qt::KeyboardModifierMask));
     bool const used = c.view()->keyPress(key, modifiers);
-    if (!used && c.actions())
-        c.actions()->handleShortcut(code);
+    // As in the window: the tool, then the shortcuts of the actions, then the frame keys.
+    if (!used && (!c.actions() || c.actions()->handleShortcut(code) == AC_Result::NotHandled))
+        c.workspace().stepFrameForKey(key, modifiers);
     c.view()->keyRelease(key, modifiers);
     return true;
 }

@@ -11,7 +11,10 @@
 #include "tool/TO_ToolFactory.h"
 #include "view/VW_View.h"
 
+#include <algorithm>
 #include <cmath>
+#include <optional>
+#include <set>
 
 namespace {
 
@@ -31,6 +34,26 @@ bool fail(QString *error, QString const &message)
         *error = message;
     return false;
 }
+
+// Sets the scene's own length or frame rate (the other stays), and puts the former one back.
+template <class T>
+class SceneTimingCmd : public CO_Command {
+public:
+    using Getter = std::optional<T> (TUScene::*)() const;
+    using Setter = bool (TUScene::*)(std::optional<T>);
+    SceneTimingCmd(TUScene *scene, Getter get, Setter set, T value)
+        : scene_(scene), set_(set), before_((scene->*get)()), after_(value)
+    {
+    }
+    bool execute() override { return (scene_->*set_)(after_); }
+    bool unexecute() override { return (scene_->*set_)(before_); }
+
+private:
+    TUScene *scene_;  // not owned; the command lives in the scene's session
+    Setter set_;
+    std::optional<T> before_;
+    std::optional<T> after_;
+};
 
 QString unknownNode(QString const &name)
 {
@@ -193,8 +216,75 @@ bool AH_Workspace::setFrame(double frame, QString *error)
 {
     if (!std::isfinite(frame))
         return fail(error, QStringLiteral("expected a finite frame"));
+    int const last = frameCount();
+    if (frame < 1.0 || frame > last)
+        return fail(error, QStringLiteral("expected a frame of the scene, from 1 to %1, not %2").arg(last).arg(frame));
     d_->session->setCurrentFrame(frame);
     return true;
+}
+
+int AH_Workspace::frameCount() const
+{
+    return d_->session->scene()->frameCount();
+}
+
+double AH_Workspace::frameRate() const
+{
+    return d_->session->scene()->frameRate();
+}
+
+bool AH_Workspace::setFrameCount(int count, QString *error)
+{
+    TUScene *scene = d_->session->scene();
+    if (count < 1 || count > TUScene::kMaximumFrameCount)
+        return fail(error, QStringLiteral("expected a length from 1 to %1 frames, not %2").arg(TUScene::kMaximumFrameCount).arg(count));
+    if (scene->storedFrameCount() != count)
+        d_->session->commandManager()->execute(
+            std::make_unique<SceneTimingCmd<int>>(scene, &TUScene::storedFrameCount, &TUScene::setFrameCount, count),
+            QStringLiteral("Scene Length"));
+    if (d_->session->currentFrame() > count)
+        d_->session->setCurrentFrame(count);
+    return true;
+}
+
+bool AH_Workspace::setFrameRate(double rate, QString *error)
+{
+    TUScene *scene = d_->session->scene();
+    if (!(std::isfinite(rate) && rate > 0.0 && rate <= TUScene::kMaximumFrameRate))
+        return fail(error, QStringLiteral("expected a frame rate above 0 and at most %1, not %2").arg(TUScene::kMaximumFrameRate).arg(rate));
+    if (scene->storedFrameRate() != rate)
+        d_->session->commandManager()->execute(
+            std::make_unique<SceneTimingCmd<double>>(scene, &TUScene::storedFrameRate, &TUScene::setFrameRate, rate),
+            QStringLiteral("Frame Rate"));
+    return true;
+}
+
+bool AH_Workspace::stepFrameForKey(int key, Qt::KeyboardModifiers modifiers)
+{
+    if (modifiers & ~Qt::KeypadModifier)
+        return false;
+    int const last = frameCount();
+    int const current = std::clamp(static_cast<int>(d_->session->currentFrame()), 1, last);
+    int next = current;
+    switch (key) {
+    case Qt::Key_Left: case Qt::Key_Comma: next = std::max(1, current - 1); break;
+    case Qt::Key_Right: case Qt::Key_Period: next = std::min(last, current + 1); break;
+    case Qt::Key_Home: next = 1; break;
+    case Qt::Key_End: next = last; break;
+    default: return false;
+    }
+    d_->session->setCurrentFrame(next);
+    return true;
+}
+
+std::vector<int> AH_Workspace::selectedKeyframes() const
+{
+    std::set<int> frames;
+    for (MO_Node *node : d_->session->getSelection()->nodes())
+        for (auto a = node->attrsBegin(); a != node->attrsEnd(); ++a)
+            for (int key : (*a)->keyframes())
+                frames.insert(key);
+    return std::vector<int>(frames.begin(), frames.end());
 }
 
 bool AH_Workspace::setTool(QString const &name, QString *error)

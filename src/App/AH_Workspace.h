@@ -54,7 +54,22 @@ public:
     // Makes the selection exactly these nodes, as one undoable step "Selection". Unknown names
     // are refused and nothing changes.
     bool selectNodes(QStringList const &names, QString *error);
+    // The scene's frames run from 1 to frameCount(); a frame outside them is refused with a message
+    // naming the range.
     bool setFrame(double frame, QString *error);
+    int frameCount() const;
+    double frameRate() const;
+    // Give the scene a length or a frame rate of its own, as one undo step ("Scene Length",
+    // "Frame Rate"); out of range values are refused (TUScene). A current frame beyond a new,
+    // shorter length goes to the last frame.
+    bool setFrameCount(int count, QString *error);
+    bool setFrameRate(double rate, QString *error);
+    // The frame keys of the timeline, for keys that nothing else took: Left and "," go one frame
+    // back, Right and "." one forward, Home to the first frame and End to the last (without
+    // modifiers). True when `key` is one of them, even at the end of the range.
+    bool stepFrameForKey(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
+    // The frames that hold keys of any attribute of the selected nodes, ascending, each once.
+    std::vector<int> selectedKeyframes() const;
     // Makes the named tool current (CX_Context), as the tool bar does.
     bool setTool(QString const &name, QString *error);
     // Sets the attribute from text at the current frame, as one undoable step "Set Value".

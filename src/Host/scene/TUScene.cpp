@@ -3,6 +3,7 @@
 #include "scene/MO_Module.h"
 
 #include <algorithm>
+#include <cmath>
 
 TUGroup::TUGroup() : MO_Node(Keyword(), 0, 0) {}
 
@@ -76,6 +77,60 @@ TUScene::~TUScene() = default;
 TUGroup *TUScene::getRootGroup() const { return root_.get(); }
 SC_SceneMetrics const &TUScene::sceneMetrics() const { return metrics_; }
 void TUScene::setSceneMetrics(SC_SceneMetrics const &metrics) { metrics_ = metrics; }
+int TUScene::frameCount() const
+{
+    return frameCount_ ? *frameCount_ : std::max(kMinimumFrameCount, lastKeyOrExposure());
+}
+
+double TUScene::frameRate() const
+{
+    return frameRate_ ? *frameRate_ : kDefaultFrameRate;
+}
+
+bool TUScene::setFrameCount(std::optional<int> count)
+{
+    if (count && (*count < 1 || *count > kMaximumFrameCount))
+        return false;
+    frameCount_ = count;
+    return true;
+}
+
+bool TUScene::setFrameRate(std::optional<double> rate)
+{
+    if (rate && !(std::isfinite(*rate) && *rate > 0.0 && *rate <= kMaximumFrameRate))
+        return false;
+    frameRate_ = rate;
+    return true;
+}
+
+namespace {
+
+int lastKeyOrExposureIn(TUGroup const &group)
+{
+    int last = 0;
+    for (auto it = group.subNodesBegin(); it != group.subNodesEnd(); ++it) {
+        MO_Node const &node = **it;
+        if (auto const *sub = dynamic_cast<TUGroup const *>(&node))
+            last = std::max(last, lastKeyOrExposureIn(*sub));
+        for (auto a = node.attrsBegin(); a != node.attrsEnd(); ++a) {
+            std::vector<int> const keys = (*a)->keyframes();
+            if (!keys.empty())
+                last = std::max(last, keys.back());
+        }
+        if (auto const *element = dynamic_cast<MO_ElementModule const *>(&node))
+            if (!element->timing().empty())
+                last = std::max(last, element->timing().rbegin()->first);
+    }
+    return last;
+}
+
+} // namespace
+
+int TUScene::lastKeyOrExposure() const
+{
+    return lastKeyOrExposureIn(*root_);
+}
+
 SC_SceneCommon *TUScene::sceneCommon() const { return sceneCommon_; }
 void TUScene::setSceneCommon(SC_SceneCommon *common) { sceneCommon_ = common; }
 SC_ProjectCommon *TUScene::projectCommon() const { return projectCommon_; }

@@ -303,6 +303,10 @@ public:
             state_.scene->setSceneMetrics(metrics);
             return std::make_shared<LeafReader>(name);
         }
+        if (name == QLatin1String("timeline") && step_ == 1 && !timelineRead_) {
+            timelineRead_ = true;
+            return readTimeline(ctx, name, attributes) ? std::make_shared<LeafReader>(name) : nullptr;
+        }
         if (name == QLatin1String("group") && step_ == 1) {
             step_ = 2;
             TUGroup *root = state_.scene->getRootGroup();
@@ -313,7 +317,7 @@ public:
             step_ = 3;
             return std::make_shared<LinksReader>(state_);
         }
-        return errorHandler(ctx, expected(QStringLiteral("<metrics>, <group> and <links>, once each and in this order"),
+        return errorHandler(ctx, expected(QStringLiteral("<metrics>, an optional <timeline>, <group> and <links>, once each and in this order"),
                                           QStringLiteral("scene")));
     }
 
@@ -327,8 +331,34 @@ public:
     }
 
 private:
+    // The optional <timeline frames="N" rate="R"/>; either attribute may be left out.
+    bool readTimeline(Context &ctx, QString const &name, QXmlStreamAttributes const &attributes)
+    {
+        TUScene &scene = *state_.scene;
+        if (attributes.hasAttribute(QStringLiteral("frames"))) {
+            int frames = 0;
+            if (!readInt(ctx, attributes, QStringLiteral("frames"), name, frames))
+                return false;
+            if (!scene.setFrameCount(frames)) {
+                ctx.fail(QStringLiteral("expected a number of frames from 1 to %1 in \"frames\" of <timeline>").arg(TUScene::kMaximumFrameCount));
+                return false;
+            }
+        }
+        if (attributes.hasAttribute(QStringLiteral("rate"))) {
+            double rate = 0.0;
+            if (!readDouble(ctx, attributes, QStringLiteral("rate"), name, rate))
+                return false;
+            if (!scene.setFrameRate(rate)) {
+                ctx.fail(QStringLiteral("expected a frame rate above 0 and at most %1 in \"rate\" of <timeline>").arg(TUScene::kMaximumFrameRate));
+                return false;
+            }
+        }
+        return true;
+    }
+
     ReadState &state_;
     int step_ = 0;  // 0 nothing read, 1 metrics, 2 the root group, 3 links
+    bool timelineRead_ = false;  // the optional <timeline> between <metrics> and <group>
 };
 
 class SceneReader : public ComponentReader {
@@ -517,6 +547,15 @@ QByteArray write(TUScene const &scene, QString *error)
     w.writeEmptyElement(QStringLiteral("metrics"));
     w.writeAttribute(QStringLiteral("fieldToOglX"), PIO_XML::numberText(scene.sceneMetrics().fieldToOglX()));
     w.writeAttribute(QStringLiteral("fieldToOglY"), PIO_XML::numberText(scene.sceneMetrics().fieldToOglY()));
+    // Written only when the scene has a length or a rate of its own, so that a file without them
+    // saves back as it was.
+    if (scene.storedFrameCount() || scene.storedFrameRate()) {
+        w.writeEmptyElement(QStringLiteral("timeline"));
+        if (scene.storedFrameCount())
+            w.writeAttribute(QStringLiteral("frames"), QString::number(*scene.storedFrameCount()));
+        if (scene.storedFrameRate())
+            w.writeAttribute(QStringLiteral("rate"), PIO_XML::numberText(*scene.storedFrameRate()));
+    }
     w.writeStartElement(QStringLiteral("group"));
     w.writeAttribute(QStringLiteral("name"), scene.getRootGroup()->instanceName());
     writeGroup(w, *scene.getRootGroup());

@@ -1,4 +1,5 @@
-// The scene: a tree of groups holding the nodes of the graph, and the scene's units.
+// The scene: a tree of groups holding the nodes of the graph, the scene's units, and its length
+// and frame rate.
 //
 // A group is a node without ports that owns its sub-nodes (nested groups included) through
 // UT_SharedPtr, in insertion order. Links between nodes may cross groups.
@@ -9,6 +10,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 class MO_ModuleVisitor;
@@ -57,6 +59,24 @@ public:
     SC_SceneMetrics const &sceneMetrics() const;
     void setSceneMetrics(SC_SceneMetrics const &metrics);
 
+    // The scene's frames run from 1 to frameCount(), played at frameRate() frames per second. Each
+    // is either set (and saved with the scene) or not: then the length is the last frame that
+    // holds a key or an exposure, at least kMinimumFrameCount, and the rate kDefaultFrameRate.
+    static constexpr int kMinimumFrameCount = 24;
+    static constexpr int kMaximumFrameCount = 100000;
+    static constexpr double kDefaultFrameRate = 24.0;
+    static constexpr double kMaximumFrameRate = 1000.0;
+    int frameCount() const;
+    double frameRate() const;
+    std::optional<int> storedFrameCount() const { return frameCount_; }
+    std::optional<double> storedFrameRate() const { return frameRate_; }
+    // Set or clear (nullopt). Refused (false, nothing changed): a count outside 1 to
+    // kMaximumFrameCount, a rate that is not finite or outside (0, kMaximumFrameRate].
+    bool setFrameCount(std::optional<int> count);
+    bool setFrameRate(std::optional<double> rate);
+    // The last frame that holds a key of an attribute or an exposure of an element; 0 if none.
+    int lastKeyOrExposure() const;
+
     // Services installed by the application; not owned, null until installed.
     SC_SceneCommon *sceneCommon() const;
     void setSceneCommon(SC_SceneCommon *common);
@@ -76,6 +96,8 @@ public:
 private:
     UT_SharedPtr<TUGroup> root_;
     SC_SceneMetrics metrics_;
+    std::optional<int> frameCount_;    // within 1 to kMaximumFrameCount when set
+    std::optional<double> frameRate_;  // within (0, kMaximumFrameRate] when set
     SC_SceneCommon *sceneCommon_ = nullptr;
     SC_ProjectCommon *projectCommon_ = nullptr;
     CO_CommandManager *commandManager_ = nullptr;
