@@ -88,7 +88,7 @@ AH_BatchCommandList const &AH_BatchCommandTable();
 void AH_AddFileCommands(AH_BatchCommandList &table);     // open, save, render, print, pref
 void AH_AddGestureCommands(AH_BatchCommandList &table);  // select, frame, tool, view, press, move, release, key, undo, redo, set, action, widget
 void AH_AddCheckCommands(AH_BatchCommandList &table);    // expect-*
-void AH_AddViewCommands(AH_BatchCommandList &table);     // zoom, pan, fit, length, rate, expect-zoom
+void AH_AddViewCommands(AH_BatchCommandList &table);     // zoom, pan, fit, reset-view, length, rate, expect-zoom
 
 // Reading words, the same before and while a script runs.
 namespace AH_BatchWords {

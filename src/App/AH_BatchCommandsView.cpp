@@ -1,5 +1,5 @@
-// Batch commands of the view's camera and the scene's timeline: zoom, pan, fit, length, rate,
-// expect-zoom.
+// Batch commands of the view's camera and the scene's timeline: zoom, pan, fit, reset-view, length,
+// rate, expect-zoom.
 #include "AH_BatchCommands.h"
 
 #include "AH_Workspace.h"
@@ -87,6 +87,11 @@ void AH_AddViewCommands(AH_BatchCommandList &table)
                      }});
     table.push_back({QStringLiteral("fit"), 0, 0, QString(), nullptr, [](AH_BatchContext &c, QStringList const &, QString &) {
                          c.view()->fitScene();
+                         return true;
+                     }});
+    table.push_back({QStringLiteral("reset-view"), 0, 0, QString(), nullptr,
+                     [](AH_BatchContext &c, QStringList const &, QString &) {
+                         c.view()->resetCamera();
                          return true;
                      }});
     table.push_back({QStringLiteral("length"), 1, 1, QStringLiteral("FRAMES"), checkLength,
