@@ -88,6 +88,11 @@ AH_Workspace::AH_Workspace(TUSceneChangeManager *changes, QObject *parent) : QOb
     install(std::make_unique<SC_Session>(std::make_unique<TUScene>(), d_->changes), QString());
     phone(&CX_Context::GetInstance());
     d_->view->setToolId(CX_Context::GetInstance().currentToolId());
+    // An undone length may leave the current frame beyond the scene's last one.
+    connect(this, &AH_Workspace::documentChanged, this, [this] {
+        if (d_->session->currentFrame() > frameCount())
+            d_->session->setCurrentFrame(frameCount());
+    });
 }
 
 AH_Workspace::~AH_Workspace()

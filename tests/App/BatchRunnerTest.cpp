@@ -248,6 +248,24 @@ TEST_F(BatchTest, BadLinesAreEachRefusedWithTheirLineAndNothingRuns)
         QStringLiteral("widget count value nan"),
         QStringLiteral("widget count value 1 2"),
         QStringLiteral("widget go click twice"),
+        QStringLiteral("zoom"),
+        QStringLiteral("zoom 0"),
+        QStringLiteral("zoom 65"),
+        QStringLiteral("zoom nan"),
+        QStringLiteral("zoom 2 10"),
+        QStringLiteral("zoom 2 10 inf"),
+        QStringLiteral("pan 1"),
+        QStringLiteral("pan 1 nan"),
+        QStringLiteral("fit now"),
+        QStringLiteral("reset-view 1"),
+        QStringLiteral("length 0"),
+        QStringLiteral("length 2.5"),
+        QStringLiteral("length 100001"),
+        QStringLiteral("rate 0"),
+        QStringLiteral("rate -24"),
+        QStringLiteral("rate 1001"),
+        QStringLiteral("rate inf"),
+        QStringLiteral("expect-zoom big"),
     };
     for (QString const &bad : badLines) {
         SCOPED_TRACE(bad.toStdString());
@@ -283,6 +301,9 @@ TEST_F(BatchTest, FailuresWhileRunningStopTheScriptAtTheirLine)
         {QStringLiteral("expect-keys UpperArm-P rotation 1"), QStringLiteral("found \"1 12\"")},
         {QStringLiteral("expect-keys Hand noSuchAttr"), QStringLiteral("\"noSuchAttr\"")},
         {QStringLiteral("expect-frame 3"), QStringLiteral("frame 3")},
+        {QStringLiteral("frame 100000"), QStringLiteral("a frame of the scene, from 1 to 24, not 100000")},
+        {QStringLiteral("frame 0.5"), QStringLiteral("from 1 to 24, not 0.5")},
+        {QStringLiteral("expect-zoom 2"), QStringLiteral("found 1")},
         {QStringLiteral("open missing.xml"), QStringLiteral("missing.xml")},
         {QStringLiteral("action SomeResponder onActionDo()"), QStringLiteral("actions")},
     };
@@ -388,6 +409,67 @@ TEST_F(BatchTest, WidgetLinesActOnThePanelOfTheCurrentToolByObjectName)
     EXPECT_FALSE(run(QStringLiteral("widget count twist\n")));  // read before running: not an action
     EXPECT_TRUE(errors[0].startsWith(QStringLiteral("script.txt:1: expected \"click\""))) << errors[0].toStdString();
     TP_ToolPropertiesPanelFactory::clearPanelFactories();
+}
+
+// The scene's length and rate are undoable and saved; frame keys step within the scene's frames
+// when the tool does not take them; zoom, pan and fit reach the view.
+TEST_F(BatchTest, LengthRateFrameKeysAndTheViewsCamera)
+{
+    CX_ToolRecord record = CX_Context::GetInstance().data();
+    record.toolId = CX_ToolIds::None;  // keys go past the tool
+    CX_Context::GetInstance().SetData(record, nullptr);
+    ASSERT_TRUE(run(QStringLiteral(
+        "open arm.xml\n"
+        "frame 24\n"
+        "length 48\n"
+        "expect-undo Scene Length\n"
+        "frame 40\n"
+        "rate 12.5\n"
+        "expect-undo Frame Rate\n"
+        "save timed.xml\n"
+        "undo\n"
+        "undo\n"
+        "expect-frame 24\n"
+        "save plain.xml\n"
+        "frame 5\n"
+        "key Left\n"
+        "expect-frame 4\n"
+        "key Right\n"
+        "key Right\n"
+        "expect-frame 6\n"
+        "key Home\n"
+        "expect-frame 1\n"
+        "key Left\n"
+        "expect-frame 1\n"
+        "key End\n"
+        "expect-frame 24\n"
+        "key Right\n"
+        "expect-frame 24\n"
+        "key Shift+Left\n"
+        "expect-frame 24\n"
+        "zoom 4 10 20\n"
+        "expect-zoom 4\n"
+        "pan 5 -7\n"
+        "fit\n"
+        "reset-view\n"
+        "expect-zoom 1\n")))
+        << errors.join('\n').toStdString();
+    QByteArray const timed = readAll(out.filePath(QStringLiteral("timed.xml")));
+    EXPECT_TRUE(timed.contains("\n <timeline frames=\"48\" rate=\"12.5\"/>\n <group name=")) << timed.left(300).toStdString();
+    EXPECT_EQ(readAll(out.filePath(QStringLiteral("plain.xml"))), readAll(kArm));
+
+    // The window's "," and "." are the same keys; a tool that takes a key keeps it from the timeline.
+    EXPECT_TRUE(workspace.stepFrameForKey(Qt::Key_Comma));
+    EXPECT_EQ(workspace.session()->currentFrame(), 23.0);
+    EXPECT_TRUE(workspace.stepFrameForKey(Qt::Key_Period));
+    EXPECT_EQ(workspace.session()->currentFrame(), 24.0);
+    EXPECT_FALSE(workspace.stepFrameForKey(Qt::Key_A));
+    workspace.view()->setToolId(gestureToolId());
+    ASSERT_TRUE(run(QStringLiteral("key Left\nexpect-frame 24\n"))) << errors.join('\n').toStdString();
+
+    // reset-view: 100% and centred on the camera again, after the zoom, the pan and the fit.
+    EXPECT_EQ(workspace.view()->zoom(), 1.0);
+    EXPECT_EQ(workspace.view()->centre(), Math::Point2d(0.0, 0.0));
 }
 
 TEST(CommandLine, ReadsOptionsAndRefusesWhatItDoesNotKnow)
