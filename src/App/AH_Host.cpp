@@ -13,20 +13,47 @@
 
 #include <QCommandLineParser>
 
+#include <algorithm>
+
 #ifndef ANIMHOST_PLUGINS_DIR
 #define ANIMHOST_PLUGINS_DIR "plugins"
 #endif
 
+#ifndef ANIMHOST_VERSION
+#define ANIMHOST_VERSION "unknown"
+#endif
+
+std::vector<AH_Options::Option> const &AH_Options::table()
+{
+    static std::vector<Option> const options = {
+        {{QStringLiteral("h"), QStringLiteral("help")}, QString(), QStringLiteral("Print this help and exit."), nullptr,
+         &AH_Options::help},
+        {{QStringLiteral("v"), QStringLiteral("version")}, QString(), QStringLiteral("Print the version and exit."), nullptr,
+         &AH_Options::version},
+        {{QStringLiteral("prefs")}, QStringLiteral("PATH"),
+         QStringLiteral("Read and save the preferences in PATH instead of the user's preference file."), &AH_Options::prefsPath},
+        {{QStringLiteral("plugins")}, QStringLiteral("DIR"),
+         QStringLiteral("Load the plug-ins from DIR instead of the folder animhost was built with."), &AH_Options::pluginsDir},
+        {{QStringLiteral("batch")}, QStringLiteral("SCRIPT"),
+         QStringLiteral("Run the batch script SCRIPT without a window or a display, then exit."), &AH_Options::batchScript},
+        {{QStringLiteral("output")}, QStringLiteral("DIR"),
+         QStringLiteral("Save and render the relative paths of scripts in DIR (default: the current folder)."),
+         &AH_Options::outputDir},
+        {{QStringLiteral("run")}, QStringLiteral("SCRIPT"),
+         QStringLiteral("Play the batch script SCRIPT in the window's session before the window shows."), &AH_Options::startScript},
+        {{QStringLiteral("screenshot")}, QStringLiteral("FILE"),
+         QStringLiteral("Save a picture of the window to FILE (PNG) a second after it shows, then quit."),
+         &AH_Options::screenshot},
+    };
+    return options;
+}
+
 bool AH_Options::parse(QStringList const &arguments, AH_Options &options, QString *error)
 {
     QCommandLineParser parser;
-    QCommandLineOption prefs(QStringLiteral("prefs"), QString(), QStringLiteral("PATH"));
-    QCommandLineOption plugins(QStringLiteral("plugins"), QString(), QStringLiteral("DIR"));
-    QCommandLineOption batch(QStringLiteral("batch"), QString(), QStringLiteral("SCRIPT"));
-    QCommandLineOption output(QStringLiteral("output"), QString(), QStringLiteral("DIR"));
-    QCommandLineOption screenshot(QStringLiteral("screenshot"), QString(), QStringLiteral("FILE"));
-    QCommandLineOption run(QStringLiteral("run"), QString(), QStringLiteral("SCRIPT"));
-    parser.addOptions({prefs, plugins, batch, output, screenshot, run});
+    parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
+    for (Option const &option : table())
+        parser.addOption(QCommandLineOption(option.names, option.description, option.valueName));
     parser.addPositionalArgument(QStringLiteral("scene"), QString());
     if (!parser.parse(arguments)) {
         *error = parser.errorText();
@@ -36,19 +63,53 @@ bool AH_Options::parse(QStringList const &arguments, AH_Options &options, QStrin
         *error = QStringLiteral("expected at most one scene file, not %1").arg(parser.positionalArguments().join(QLatin1Char(' ')));
         return false;
     }
-    options.prefsPath = parser.value(prefs);
-    options.pluginsDir = parser.isSet(plugins) ? parser.value(plugins) : QStringLiteral(ANIMHOST_PLUGINS_DIR);
-    options.batchScript = parser.value(batch);
-    options.outputDir = parser.value(output);
+    for (Option const &option : table()) {
+        if (option.text)
+            options.*option.text = parser.value(option.names.constLast());
+        else
+            options.*option.flag = parser.isSet(option.names.constLast());
+    }
+    if (options.pluginsDir.isEmpty())
+        options.pluginsDir = QStringLiteral(ANIMHOST_PLUGINS_DIR);
     options.sceneFile = parser.positionalArguments().value(0);
-    options.screenshot = parser.value(screenshot);
-    options.startScript = parser.value(run);
     return true;
 }
 
 QString AH_Options::usage()
 {
     return QStringLiteral("usage: animhost [--prefs PATH] [--plugins DIR] [--batch SCRIPT [--output DIR] | --run SCRIPT] [--screenshot FILE] [SCENE]");
+}
+
+QString AH_Options::helpText()
+{
+    QString text = usage() + QStringLiteral(
+        "\n\n"
+        "A 2D cut-out animation application: opens SCENE (an XML scene file) in a window with the\n"
+        "camera view, the node list, the tool properties and the timeline; with --batch, runs a\n"
+        "script of the same gestures without a display.\n\nOptions:\n");
+    QStringList columns;
+    int width = 0;
+    for (Option const &option : table()) {
+        QStringList names;
+        for (QString const &name : option.names)
+            names << (name.size() == 1 ? QStringLiteral("-") : QStringLiteral("--")) + name;
+        QString column = names.join(QStringLiteral(", "));
+        if (!option.valueName.isEmpty())
+            column += QLatin1Char(' ') + option.valueName;
+        width = std::max(width, int(column.size()));
+        columns << column;
+    }
+    for (std::size_t i = 0; i < table().size(); ++i)
+        text += QStringLiteral("  %1  %2\n").arg(columns[int(i)], -width).arg(table()[i].description);
+    text += QStringLiteral(
+        "\nArguments:\n  SCENE  the scene file to open\n\n"
+        "Exit status: 0 on success; 1 when a scene or a script fails; 2 for a bad command line.\n");
+    return text;
+}
+
+QString AH_Options::versionText()
+{
+    return QStringLiteral("animhost " ANIMHOST_VERSION);
 }
 
 namespace {

@@ -14,6 +14,7 @@
 #include <QStringList>
 
 #include <memory>
+#include <vector>
 
 class AC_Manager;
 class PLUG_MenuModel;
@@ -23,6 +24,11 @@ class PLUG_ToolbarModel;
 class TUSceneChangeManager;
 
 // What the command line asks for.
+//
+// The options are one table (AH_Options::table()): the parser and the help text are both made from
+// it, so adding an option is adding a row (and the field it fills). Parsing needs no application
+// object and no display: main() parses before it makes the QApplication, so that --help and
+// --version work anywhere.
 struct AH_Options {
     QString prefsPath;    // --prefs PATH; empty: PR_Preference::defaultFilePath()
     QString pluginsDir;   // --plugins DIR; empty: the plug-ins folder of the build
@@ -31,11 +37,28 @@ struct AH_Options {
     QString sceneFile;    // the scene to open, if any
     QString screenshot;   // --screenshot FILE: the window saves a picture of itself there and quits
     QString startScript;  // --run SCRIPT: a batch script run in the window's session before it shows
+    bool help = false;     // -h, --help: print helpText() and exit 0
+    bool version = false;  // -v, --version: print versionText() and exit 0
+
+    // One option: its names (one letter or words, without dashes), the name of its value (empty
+    // for a flag), what it does, and the field it fills (`text` for options with a value, `flag`
+    // for flags).
+    struct Option {
+        QStringList names;
+        QString valueName;
+        QString description;
+        QString AH_Options::*text = nullptr;
+        bool AH_Options::*flag = nullptr;
+    };
+    static std::vector<Option> const &table();
 
     // Reads the arguments (the program name first). False with `error` for an unknown option, a
     // missing value or more than one scene file.
     static bool parse(QStringList const &arguments, AH_Options &options, QString *error);
+    // The usage line; the whole help (usage, what the program does, every option, exit status).
     static QString usage();
+    static QString helpText();
+    static QString versionText();  // "animhost VERSION"
 };
 
 class AH_Host {

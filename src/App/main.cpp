@@ -3,8 +3,13 @@
 //   animhost [--prefs PATH] [--plugins DIR] [SCENE]
 //   animhost --batch SCRIPT [--output DIR] [--prefs PATH] [--plugins DIR] [SCENE]
 //   animhost [--run SCRIPT] [--screenshot FILE] [SCENE]
+//   animhost --help | --version
 //       --run: the script's gestures are played in the window's session before it shows;
 //       --screenshot: the window saves a picture of itself and quits.
+//
+// The command line is read before the application object is made: --help, --version and a bad
+// command line need no display, and a batch run always takes Qt's offscreen platform, whatever
+// QT_QPA_PLATFORM says.
 //
 // Exit status: 0 on success; 1 when a scene or a script fails; 2 for a bad command line.
 #include "AH_BatchRunner.h"
@@ -16,27 +21,29 @@
 #include <QTextStream>
 #include <QTimer>
 
-#include <cstring>
-
 int main(int argc, char *argv[])
 {
-    bool batch = false;
-    for (int i = 1; i < argc; ++i)
-        batch = batch || std::strcmp(argv[i], "--batch") == 0;
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments << QString::fromLocal8Bit(argv[i]);
+    AH_Options options;
+    QString error;
+    if (!AH_Options::parse(arguments, options, &error)) {
+        QTextStream(stderr) << "animhost: " << error << '\n' << AH_Options::usage() << '\n';
+        return 2;
+    }
+    if (options.help || options.version) {
+        QTextStream(stdout) << (options.help ? AH_Options::helpText() : AH_Options::versionText() + QLatin1Char('\n'));
+        return 0;
+    }
     // Batch runs need no display.
-    if (batch && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+    if (!options.batchScript.isEmpty())
         qputenv("QT_QPA_PLATFORM", "offscreen");
 
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("animhost"));
+    QApplication::setApplicationVersion(AH_Options::versionText().section(QLatin1Char(' '), 1));
     QTextStream err(stderr);
-
-    AH_Options options;
-    QString error;
-    if (!AH_Options::parse(QApplication::arguments(), options, &error)) {
-        err << "animhost: " << error << '\n' << AH_Options::usage() << '\n';
-        return 2;
-    }
 
     AH_Host host;
     host.startup(options);

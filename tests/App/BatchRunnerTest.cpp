@@ -495,4 +495,30 @@ TEST(CommandLine, ReadsOptionsAndRefusesWhatItDoesNotKnow)
     }
 }
 
+TEST(CommandLine, HelpAndVersionAreFlagsAndTheHelpShowsEveryOptionOfTheTable)
+{
+    for (QStringList const &args : {QStringList{"animhost", "--help"}, QStringList{"animhost", "-h"}}) {
+        AH_Options options;
+        QString error;
+        ASSERT_TRUE(AH_Options::parse(args, options, &error)) << error.toStdString();
+        EXPECT_TRUE(options.help);
+        EXPECT_FALSE(options.version);
+    }
+    AH_Options options;
+    QString error;
+    ASSERT_TRUE(AH_Options::parse({"animhost", "-v", "scene.xml"}, options, &error)) << error.toStdString();
+    EXPECT_TRUE(options.version);
+    EXPECT_FALSE(options.help);
+    EXPECT_TRUE(AH_Options::versionText().startsWith(QStringLiteral("animhost ")));
+
+    QString const help = AH_Options::helpText();
+    EXPECT_TRUE(help.startsWith(AH_Options::usage()));
+    for (AH_Options::Option const &option : AH_Options::table()) {
+        QString const name = QStringLiteral("--") + option.names.constLast();
+        EXPECT_TRUE(help.contains(option.valueName.isEmpty() ? name : name + QLatin1Char(' ') + option.valueName)) << name.toStdString();
+        EXPECT_TRUE(help.contains(option.description)) << name.toStdString();
+        EXPECT_TRUE((option.text != nullptr) != (option.flag != nullptr)) << name.toStdString();  // fills one field
+    }
+}
+
 } // namespace
