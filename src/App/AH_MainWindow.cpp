@@ -2,12 +2,14 @@
 
 #include "AH_Host.h"
 #include "AH_PreferencesDialog.h"
+#include "AH_Timeline.h"
 #include "AH_Workspace.h"
 #include "action/AC_Manager.h"
 #include "command/CO_CommandManager.h"
 #include "panel/TP_ToolProperties.h"
 #include "plugin/PLUG_MenuService.h"
 #include "plugin/PLUG_ToolbarService.h"
+#include "preference/PR_Preference.h"
 #include "scene/MO_Module.h"
 #include "scene/TUScene.h"
 #include "session/SC_Session.h"
@@ -23,14 +25,13 @@
 #include <QDockWidget>
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QHBoxLayout>
+#include <QCursor>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QListWidget>
 #include <QMenuBar>
 #include <QMessageBox>
-#include <QSlider>
-#include <QSpinBox>
+#include <QStatusBar>
 #include <QToolBar>
 
 #include <algorithm>
@@ -55,22 +56,11 @@ void collectNodes(TUGroup const *group, std::vector<MO_Node *> &nodes)
     }
 }
 
-// The last frame worth showing on the timeline: the last key or exposure, at least 24.
-int sceneLength(TUScene const *scene)
-{
-    int last = 24;
-    std::vector<MO_Node *> nodes;
-    collectNodes(scene->getRootGroup(), nodes);
-    for (MO_Node *node : nodes) {
-        for (auto a = node->attrsBegin(); a != node->attrsEnd(); ++a)
-            for (int key : (*a)->keyframes())
-                last = std::max(last, key);
-        if (auto *element = dynamic_cast<MO_ElementModule *>(node))
-            for (auto const &entry : element->timing())
-                last = std::max(last, entry.first);
-    }
-    return last;
-}
+// The preference that keeps the recent scene files, newest first, one path per line.
+QString const kRecentFilesKey = QStringLiteral("animhostRecentFiles");
+constexpr int kRecentFileCount = 8;
+// Zoom steps of the +/- keys and the menu.
+constexpr double kZoomStep = 1.25;
 
 // A plug-in action shown in a menu or a toolbar.
 struct PluginAction {
@@ -88,8 +78,9 @@ struct AH_MainWindow::Impl {
     AH_Host &host;
     VW_ViewWidget *viewWidget = nullptr;
     QListWidget *nodeList = nullptr;
-    QSlider *timeline = nullptr;
-    QSpinBox *frameSpin = nullptr;
+    AH_Timeline *timeline = nullptr;
+    QLabel *zoomLabel = nullptr;
+    QMenu *recentMenu = nullptr;
     TP_ToolPropertiesReceiver *receiver = nullptr;
     QToolBar *toolsBar = nullptr;
     QActionGroup *toolGroup = nullptr;
@@ -176,38 +167,48 @@ AH_MainWindow::AH_MainWindow(AH_Workspace &workspace, AH_Host &host, QWidget *pa
     // Timeline.
     auto *timelineDock = new QDockWidget(tr("Timeline"), this);
     timelineDock->setObjectName(QStringLiteral("timelineDock"));
-    auto *timelineBox = new QWidget(timelineDock);
-    auto *timelineLayout = new QHBoxLayout(timelineBox);
-    timelineLayout->addWidget(new QLabel(tr("Frame"), timelineBox));
-    d_->frameSpin = new QSpinBox(timelineBox);
-    d_->frameSpin->setObjectName(QStringLiteral("frameSpin"));
-    d_->timeline = new QSlider(Qt::Horizontal, timelineBox);
-    d_->timeline->setObjectName(QStringLiteral("timeline"));
-    d_->timeline->setTickPosition(QSlider::TicksBelow);
-    timelineLayout->addWidget(d_->frameSpin);
-    timelineLayout->addWidget(d_->timeline, 1);
-    timelineDock->setWidget(timelineBox);
+    d_->timeline = new AH_Timeline(workspace, timelineDock);
+    d_->timeline->setObjectName(QStringLiteral("timelineBox"));
+    timelineDock->setWidget(d_->timeline);
     addDockWidget(Qt::BottomDockWidgetArea, timelineDock);
-    auto setFrame = [this](int frame) {
-        if (!d_->syncing)
-            d_->workspace.setFrame(frame, nullptr);
-    };
-    connect(d_->timeline, &QSlider::valueChanged, this, setFrame);
-    connect(d_->frameSpin, QOverload<int>::of(&QSpinBox::valueChanged), this, setFrame);
+
+    // The zoom of the view, in the status bar.
+    d_->zoomLabel = new QLabel(this);
+    d_->zoomLabel->setObjectName(QStringLiteral("zoomLabel"));
+    statusBar()->addPermanentWidget(d_->zoomLabel);
+    connect(workspace.view(), &VW_View::cameraChanged, this, &AH_MainWindow::onCameraChanged);
+    onCameraChanged();
 
     // Menus.
     QMenu *file = menuBar()->addMenu(tr("&File"));
-    file->addAction(tr("&New"), this, [this] { d_->workspace.newScene(); }, QKeySequence::New);
+    file->addAction(tr("&New"), this, [this] {
+        if (maybeSave())
+            d_->workspace.newScene();
+    }, QKeySequence::New);
     file->addAction(tr("&Open..."), this, &AH_MainWindow::onOpen, QKeySequence::Open);
+    d_->recentMenu = file->addMenu(tr("Open &Recent"));
+    d_->recentMenu->setObjectName(QStringLiteral("recentMenu"));
+    connect(d_->recentMenu, &QMenu::aboutToShow, this, &AH_MainWindow::onFillRecentMenu);
     file->addAction(tr("&Save"), this, &AH_MainWindow::onSave, QKeySequence::Save);
     file->addAction(tr("Save &As..."), this, &AH_MainWindow::onSaveAs, QKeySequence::SaveAs);
     file->addSeparator();
     file->addAction(tr("&Quit"), this, &QWidget::close, QKeySequence::Quit);
     QMenu *edit = menuBar()->addMenu(tr("&Edit"));
     d_->undoAction = edit->addAction(tr("Undo"), this, [this] { d_->workspace.undo(); }, QKeySequence::Undo);
-    d_->redoAction = edit->addAction(tr("Redo"), this, [this] { d_->workspace.redo(); }, QKeySequence::Redo);
+    d_->redoAction = edit->addAction(tr("Redo"), this, [this] { d_->workspace.redo(); });
+    QList<QKeySequence> redoKeys = QKeySequence::keyBindings(QKeySequence::Redo);
+    if (!redoKeys.contains(QKeySequence(Qt::CTRL | Qt::Key_Y)))
+        redoKeys << QKeySequence(Qt::CTRL | Qt::Key_Y);
+    d_->redoAction->setShortcuts(redoKeys);
     edit->addSeparator();
     edit->addAction(tr("&Preferences..."), this, &AH_MainWindow::onPreferences);
+    QMenu *viewMenu = menuBar()->addMenu(tr("&View"));
+    viewMenu->setObjectName(QStringLiteral("viewMenu"));
+    VW_View *view = workspace.view();
+    viewMenu->addAction(tr("Zoom &In"), this, [this] { zoomBy(kZoomStep, false); }, QKeySequence(Qt::CTRL | Qt::Key_Plus));
+    viewMenu->addAction(tr("Zoom &Out"), this, [this] { zoomBy(1.0 / kZoomStep, false); }, QKeySequence(Qt::CTRL | Qt::Key_Minus));
+    viewMenu->addAction(tr("&Fit Scene"), view, &VW_View::fitScene, QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_F));
+    viewMenu->addAction(tr("&Actual Size (100%)"), view, &VW_View::resetCamera, QKeySequence(Qt::CTRL | Qt::Key_0));
 
     // Tools.
     d_->toolsBar = addToolBar(tr("Tools"));
@@ -256,48 +257,137 @@ void AH_MainWindow::reportError(QString const &title, QString const &message)
 
 void AH_MainWindow::closeEvent(QCloseEvent *event)
 {
-    if (d_->workspace.isModified()) {
-        auto const answer = QMessageBox::question(this, tr("Unsaved changes"), tr("The scene has unsaved changes. Quit anyway?"));
-        if (answer != QMessageBox::Yes) {
-            event->ignore();
-            return;
-        }
+    if (!maybeSave()) {
+        event->ignore();
+        return;
     }
+    d_->timeline->stop();
     event->accept();
+}
+
+bool AH_MainWindow::maybeSave()
+{
+    if (!d_->workspace.isModified())
+        return true;
+    QMessageBox box(QMessageBox::Warning, tr("Unsaved changes"), tr("The scene has unsaved changes."),
+                    QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, this);
+    box.setObjectName(QStringLiteral("unsavedChangesBox"));
+    box.setInformativeText(tr("Save them before going on?"));
+    box.setDefaultButton(QMessageBox::Save);
+    switch (box.exec()) {
+    case QMessageBox::Save: return onSave();
+    case QMessageBox::Discard: return true;
+    default: return false;
+    }
 }
 
 void AH_MainWindow::keyPressEvent(QKeyEvent *event)
 {
+    // Here come the keys that the view's tool and the focused widget did not take: the actions'
+    // shortcuts first, then the frame keys of the timeline, then the zoom keys.
     int const code = event->key() | int(event->modifiers() & ~Qt::KeypadModifier);
-    if (event->isAutoRepeat() || d_->host.actionManager()->handleShortcut(code) == AC_Result::NotHandled)
-        return QMainWindow::keyPressEvent(event);
-    onValidateActions();
+    if (!event->isAutoRepeat() && d_->host.actionManager()->handleShortcut(code) != AC_Result::NotHandled)
+        return onValidateActions();
+    if (d_->workspace.stepFrameForKey(event->key(), event->modifiers()))
+        return;
+    Qt::KeyboardModifiers const modifiers = event->modifiers() & ~(Qt::KeypadModifier | Qt::ShiftModifier);
+    if (modifiers == Qt::NoModifier && (event->key() == Qt::Key_Plus || event->key() == Qt::Key_Equal))
+        return zoomBy(kZoomStep, true);
+    if (modifiers == Qt::NoModifier && event->key() == Qt::Key_Minus)
+        return zoomBy(1.0 / kZoomStep, true);
+    QMainWindow::keyPressEvent(event);
+}
+
+void AH_MainWindow::zoomBy(double factor, bool aboutPointer)
+{
+    VW_View *view = d_->workspace.view();
+    QPoint const pointer = d_->viewWidget->mapFromGlobal(QCursor::pos());
+    Math::Point2d anchor((view->size().width() - 1) / 2.0, (view->size().height() - 1) / 2.0);
+    if (aboutPointer && d_->viewWidget->rect().contains(pointer))
+        anchor = Math::Point2d(pointer.x(), pointer.y());
+    view->zoomAbout(std::clamp(view->zoom() * factor, VW_View::kMinimumZoom, VW_View::kMaximumZoom), anchor);
+}
+
+void AH_MainWindow::onCameraChanged()
+{
+    d_->zoomLabel->setText(tr("Zoom %1%").arg(d_->workspace.view()->zoom() * 100.0, 0, 'g', 4));
+}
+
+bool AH_MainWindow::openScene(QString const &path)
+{
+    if (!maybeSave())
+        return false;
+    QString error;
+    if (d_->workspace.open(path, &error))
+        return true;
+    reportError(tr("Cannot open the scene"), error);
+    return false;
+}
+
+QStringList AH_MainWindow::recentFiles() const
+{
+    return tuPref->getStringValue(kRecentFilesKey, QString()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+}
+
+void AH_MainWindow::rememberFile(QString const &path)
+{
+    if (path.isEmpty())
+        return;
+    QString const absolute = QFileInfo(path).absoluteFilePath();
+    QStringList files = recentFiles();
+    files.removeAll(absolute);
+    files.prepend(absolute);
+    tuPref->setStringValue(kRecentFilesKey, files.mid(0, kRecentFileCount).join(QLatin1Char('\n')));
+}
+
+void AH_MainWindow::onFillRecentMenu()
+{
+    d_->recentMenu->clear();
+    QStringList const files = recentFiles();
+    for (int i = 0; i < files.size(); ++i) {
+        QString const path = files[i];
+        QAction *action = d_->recentMenu->addAction(QStringLiteral("&%1 %2").arg(i + 1).arg(QFileInfo(path).fileName()), this,
+                                                    [this, path] { openScene(path); });
+        action->setToolTip(path);
+        action->setEnabled(QFileInfo::exists(path));
+    }
+    if (files.isEmpty())
+        d_->recentMenu->addAction(tr("No recent scenes"))->setEnabled(false);
 }
 
 void AH_MainWindow::onOpen()
 {
     QString const path = QFileDialog::getOpenFileName(this, tr("Open Scene"), QFileInfo(d_->workspace.filePath()).absolutePath(),
                                                       tr("Scenes (*.xml)"));
-    QString error;
-    if (!path.isEmpty() && !d_->workspace.open(path, &error))
-        reportError(tr("Cannot open the scene"), error);
+    if (!path.isEmpty())
+        openScene(path);
 }
 
-void AH_MainWindow::onSave()
+bool AH_MainWindow::onSave()
 {
     if (d_->workspace.filePath().isEmpty())
         return onSaveAs();
     QString error;
-    if (!d_->workspace.save(d_->workspace.filePath(), &error))
+    if (!d_->workspace.save(d_->workspace.filePath(), &error)) {
         reportError(tr("Cannot save the scene"), error);
+        return false;
+    }
+    rememberFile(d_->workspace.filePath());
+    return true;
 }
 
-void AH_MainWindow::onSaveAs()
+bool AH_MainWindow::onSaveAs()
 {
     QString const path = QFileDialog::getSaveFileName(this, tr("Save Scene"), d_->workspace.filePath(), tr("Scenes (*.xml)"));
+    if (path.isEmpty())
+        return false;
     QString error;
-    if (!path.isEmpty() && !d_->workspace.save(path, &error))
+    if (!d_->workspace.save(path, &error)) {
         reportError(tr("Cannot save the scene"), error);
+        return false;
+    }
+    rememberFile(path);
+    return true;
 }
 
 void AH_MainWindow::onPreferences()
@@ -323,10 +413,8 @@ void AH_MainWindow::onSessionChanged()
         auto *item = new QListWidgetItem(QStringLiteral("%1  (%2)").arg(node->instanceName(), node->typeKeyword()), d_->nodeList);
         item->setData(Qt::UserRole, node->instanceName());
     }
-    int const last = sceneLength(session->scene());
-    d_->timeline->setRange(1, last);
-    d_->frameSpin->setRange(1, last);
     d_->syncing = false;
+    rememberFile(d_->workspace.filePath());
     onSelectionChanged();
     onFrameChanged();
     onDocumentChanged();
@@ -364,11 +452,6 @@ void AH_MainWindow::onSelectionChanged()
 
 void AH_MainWindow::onFrameChanged()
 {
-    int const frame = static_cast<int>(d_->workspace.session()->currentFrame());
-    d_->syncing = true;
-    d_->timeline->setValue(frame);
-    d_->frameSpin->setValue(frame);
-    d_->syncing = false;
     d_->viewWidget->update();
 }
 

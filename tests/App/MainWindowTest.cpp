@@ -4,6 +4,7 @@
 #include "AH_Host.h"
 #include "AH_MainWindow.h"
 #include "AH_PreferencesDialog.h"
+#include "AH_Timeline.h"
 #include "AH_Workspace.h"
 #include "TestTools.h"
 #include "action/AC_Manager.h"
@@ -24,7 +25,6 @@
 #include <QListWidget>
 #include <QMenu>
 #include <QMenuBar>
-#include <QSlider>
 #include <QSpinBox>
 #include <QTabWidget>
 #include <QTemporaryDir>
@@ -112,16 +112,17 @@ TEST_F(WindowTest, TheToolBarSetsTheCurrentToolAndFollowsIt)
 
 TEST_F(WindowTest, TheTimelineAndTheSessionShareTheFrame)
 {
-    auto *slider = window->findChild<QSlider *>(QStringLiteral("timeline"));
+    auto *track = window->findChild<AH_TimelineTrack *>(QStringLiteral("timeline"));
     auto *spin = window->findChild<QSpinBox *>(QStringLiteral("frameSpin"));
-    ASSERT_NE(slider, nullptr);
+    ASSERT_NE(track, nullptr);
     ASSERT_NE(spin, nullptr);
-    EXPECT_EQ(slider->maximum(), 24);  // the arm's keys end at 12: at least 24 frames show
-    slider->setValue(7);
+    EXPECT_EQ(track->frameCount(), 24);  // the arm's keys end at 12: at least 24 frames show
+    EXPECT_EQ(spin->maximum(), 24);
+    spin->setValue(7);
     EXPECT_DOUBLE_EQ(workspace.session()->currentFrame(), 7.0);
-    EXPECT_EQ(spin->value(), 7);
+    EXPECT_EQ(track->currentFrame(), 7);
     workspace.setFrame(12, nullptr);
-    EXPECT_EQ(slider->value(), 12);
+    EXPECT_EQ(track->currentFrame(), 12);
     EXPECT_EQ(spin->value(), 12);
 }
 
