@@ -81,6 +81,7 @@ struct AH_MainWindow::Impl {
     AH_Timeline *timeline = nullptr;
     QLabel *zoomLabel = nullptr;
     QMenu *recentMenu = nullptr;
+    QMenu *viewMenu = nullptr;  // the window's own, with the plug-ins' "View" entries merged in
     TP_ToolPropertiesReceiver *receiver = nullptr;
     QToolBar *toolsBar = nullptr;
     QActionGroup *toolGroup = nullptr;
@@ -202,8 +203,9 @@ AH_MainWindow::AH_MainWindow(AH_Workspace &workspace, AH_Host &host, QWidget *pa
     d_->redoAction->setShortcuts(redoKeys);
     edit->addSeparator();
     edit->addAction(tr("&Preferences..."), this, &AH_MainWindow::onPreferences);
-    QMenu *viewMenu = menuBar()->addMenu(tr("&View"));
+    QMenu *viewMenu = d_->viewMenu = menuBar()->addMenu(tr("&View"));
     viewMenu->setObjectName(QStringLiteral("viewMenu"));
+    connect(viewMenu, &QMenu::aboutToShow, this, &AH_MainWindow::onValidateActions);
     VW_View *view = workspace.view();
     viewMenu->addAction(tr("Zoom &In"), this, [this] { zoomBy(kZoomStep, false); }, QKeySequence(Qt::CTRL | Qt::Key_Plus));
     viewMenu->addAction(tr("Zoom &Out"), this, [this] { zoomBy(1.0 / kZoomStep, false); }, QKeySequence(Qt::CTRL | Qt::Key_Minus));
@@ -491,10 +493,23 @@ void AH_MainWindow::onPluginMenusChanged()
     for (QMenu *menu : d_->pluginMenus) {
         d_->forgetActionsOf(menu);
         menuBar()->removeAction(menu->menuAction());
+        for (QAction *action : menu->actions())
+            d_->viewMenu->removeAction(action);
         menu->deleteLater();
     }
     d_->pluginMenus.clear();
     for (QString const &identifier : d_->host.menus()->menuIdentifiers()) {
+        if (identifier == QLatin1String("View")) {
+            // Merged into the window's own View menu, after a separator: the entries live in a
+            // menu that is never shown, so that dropping it takes them out of the View menu.
+            auto *entries = new QMenu(this);
+            entries->setObjectName(identifier);
+            entries->addSeparator();
+            d_->fillMenu(entries, d_->host.menus()->menu(identifier), this);
+            d_->viewMenu->addActions(entries->actions());
+            d_->pluginMenus.push_back(entries);
+            continue;
+        }
         QMenu *menu = menuBar()->addMenu(menuTitle(identifier));
         menu->setObjectName(identifier);
         d_->fillMenu(menu, d_->host.menus()->menu(identifier), this);

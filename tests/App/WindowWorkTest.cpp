@@ -7,6 +7,7 @@
 #include "AH_Workspace.h"
 #include "TestTools.h"
 #include "command/CO_CommandManager.h"
+#include "plugin/PLUG_MenuService.h"
 #include "session/SC_Session.h"
 #include "session/TUSceneChangeManager.h"
 #include "view/VW_View.h"
@@ -19,6 +20,7 @@
 #include <QFile>
 #include <QLabel>
 #include <QMenu>
+#include <QMenuBar>
 #include <QMessageBox>
 #include <QSignalSpy>
 #include <QSpinBox>
@@ -329,6 +331,36 @@ TEST_F(WindowWorkTest, RecentFilesListTheScenesOpenedAndSavedAndRedoAnswersCtrlY
     ASSERT_TRUE(workspace.session()->commandManager()->canRedo());
     QTest::keyClick(window.get(), Qt::Key_Y, Qt::ControlModifier);
     EXPECT_FALSE(workspace.session()->commandManager()->canRedo());
+}
+
+} // namespace
+
+namespace {
+
+// A plug-in's "View" menu adds its entries to the window's View menu, after the zoom entries,
+// and takes them away again when its menus change.
+TEST_F(WindowWorkTest, APluginsViewMenuJoinsTheWindowsViewMenu)
+{
+    QMenu *view = window->findChild<QMenu *>(QStringLiteral("viewMenu"));
+    ASSERT_NE(view, nullptr);
+    int const own = view->actions().size();
+    QString const path = dir.filePath(QStringLiteral("view.xml"));
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("<menu><item id=\"SHOW_IT\" text=\"Show It\" responder=\"Nobody\" slot=\"onActionShow()\"/></menu>\n");
+    file.close();
+    ASSERT_TRUE(host.menus()->addMenu(QStringLiteral("View"), path));
+    int views = 0;
+    for (QAction *a : window->menuBar()->actions())
+        views += a->text().remove(QLatin1Char('&')) == QLatin1String("View");
+    EXPECT_EQ(views, 1);
+    ASSERT_EQ(view->actions().size(), own + 2);  // a separator and the entry
+    EXPECT_TRUE(view->actions()[own]->isSeparator());
+    EXPECT_EQ(view->actions()[own + 1]->text(), QStringLiteral("Show It"));
+
+    // Rebuilt when the plug-in's menus change: the entries are there once.
+    ASSERT_TRUE(host.menus()->addMenu(QStringLiteral("Other"), path));
+    EXPECT_EQ(view->actions().size(), own + 2);
 }
 
 } // namespace
