@@ -14,3 +14,7 @@ for mode in manipulation setup interpolation; do
     --run "docs/screenshots/ik-$mode.txt" --screenshot "docs/ik-mode-$mode.png" examples/scenes/character-rig.xml
   echo "docs/ik-mode-$mode.png"
 done
+# The window zoomed in, with the timeline's key marks of the selected nodes.
+xvfb-run -a -s "-screen 0 1280x800x24" "$app" --prefs "$prefs/prefs.xml" \
+  --run docs/screenshots/animhost-zoom.txt --screenshot docs/animhost-zoom.png examples/scenes/character-rig.xml
+echo "docs/animhost-zoom.png"
