@@ -75,9 +75,28 @@ bool AH_Options::parse(QStringList const &arguments, AH_Options &options, QStrin
     return true;
 }
 
+namespace {
+
+// How an option is written: "-h, --help", "--prefs PATH".
+QString optionSynopsis(AH_Options::Option const &option, QString const &separator)
+{
+    QStringList names;
+    for (QString const &name : option.names)
+        names << (name.size() == 1 ? QStringLiteral("-") : QStringLiteral("--")) + name;
+    QString text = names.join(separator);
+    if (!option.valueName.isEmpty())
+        text += QLatin1Char(' ') + option.valueName;
+    return text;
+}
+
+} // namespace
+
 QString AH_Options::usage()
 {
-    return QStringLiteral("usage: animhost [--prefs PATH] [--plugins DIR] [--batch SCRIPT [--output DIR] | --run SCRIPT] [--screenshot FILE] [SCENE]");
+    QString text = QStringLiteral("usage: animhost");
+    for (Option const &option : table())
+        text += QStringLiteral(" [%1]").arg(optionSynopsis(option, QStringLiteral(" | ")));
+    return text + QStringLiteral(" [SCENE]");
 }
 
 QString AH_Options::helpText()
@@ -90,14 +109,8 @@ QString AH_Options::helpText()
     QStringList columns;
     int width = 0;
     for (Option const &option : table()) {
-        QStringList names;
-        for (QString const &name : option.names)
-            names << (name.size() == 1 ? QStringLiteral("-") : QStringLiteral("--")) + name;
-        QString column = names.join(QStringLiteral(", "));
-        if (!option.valueName.isEmpty())
-            column += QLatin1Char(' ') + option.valueName;
-        width = std::max(width, int(column.size()));
-        columns << column;
+        columns << optionSynopsis(option, QStringLiteral(", "));
+        width = std::max(width, int(columns.constLast().size()));
     }
     for (std::size_t i = 0; i < table().size(); ++i)
         text += QStringLiteral("  %1  %2\n").arg(columns[int(i)], -width).arg(table()[i].description);

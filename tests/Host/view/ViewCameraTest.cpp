@@ -1,5 +1,6 @@
 // Zoom and pan of a view: they live in the view's camera chain, so the picture, the pick pass, the
 // maps between view and scene points and whatever a tool maps through the binder all follow them.
+// The box scene's element "Box" stands at (0.5, 0.25) OGL units, a square of half side 0.05.
 #include "graphic/CC_CameraChainTransformCanvasBinder.h"
 #include "scene/TUScene.h"
 #include "scene/TUSceneFile.h"
@@ -7,35 +8,14 @@
 #include "tool/SLB_Selectable.h"
 #include "view/VW_View.h"
 
+#include "BoxScene.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
 
 namespace {
-
-// One element "Box" at (0.5, 0.25) OGL units ((6, 4) field units): a square of half side 0.05.
-QByteArray const kBoxScene = R"(<?xml version="1.0" encoding="UTF-8"?>
-<scene version="1">
- <metrics fieldToOglX="0.08333333333333333" fieldToOglY="0.0625"/>
- <group name="Top">
-  <node type="READ" name="Box">
-   <attrs>
-    <position x="6" y="4" z="0"/>
-   </attrs>
-   <drawings>
-    <drawing name="1">
-     <polygon points="-0.05,-0.05 0.05,-0.05 0.05,0.05 -0.05,0.05" stroke="#ff00c000" fill="#ff00c000" thickness="0"/>
-    </drawing>
-   </drawings>
-   <timing>
-    <exposure frame="1" drawing="1"/>
-   </timing>
-  </node>
- </group>
- <links/>
-</scene>
-)";
 
 constexpr int kWidth = 101;
 constexpr int kHeight = 81;
