@@ -22,10 +22,10 @@
 
 #include <QActionGroup>
 #include <QCloseEvent>
+#include <QCursor>
 #include <QDockWidget>
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QCursor>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QListWidget>
