@@ -69,12 +69,20 @@ int main(int argc, char *argv[])
             AH_MainWindow window(workspace, host);
             window.show();
             QStringList errors = host.pluginErrors();  // also on standard error, but a window user may not see it
+            int const pluginErrorCount = int(errors.size());
             if (!opened)
                 errors << error;
             else if (!options.startScript.isEmpty()) {
                 AH_BatchRunner runner(workspace, host.actionManager(), window.toolProperties());
                 runner.setOutputFolder(options.outputDir);
                 runner.runFile(options.startScript, &errors);
+            }
+            // A scene or a start script that failed is a failed run, after the window has shown it.
+            if (errors.size() > pluginErrorCount) {
+                status = 1;
+                for (int i = pluginErrorCount; i < errors.size(); ++i)
+                    err << errors[i] << '\n';
+                err.flush();
             }
             if (!errors.isEmpty())
                 QTimer::singleShot(0, &window, [&window, errors] {
