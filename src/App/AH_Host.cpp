@@ -1,5 +1,7 @@
 #include "AH_Host.h"
 
+#include "AH_PluginSearch.h"
+
 #include "action/AC_Manager.h"
 #include "panel/TP_ToolProperties.h"
 #include "plugin/PLUG_MenuService.h"
@@ -12,10 +14,9 @@
 #include "session/TUSceneChangeManager.h"
 
 #include <QCommandLineParser>
+#include <QCoreApplication>
 
-#ifndef ANIMHOST_PLUGINS_DIR
-#define ANIMHOST_PLUGINS_DIR "plugins"
-#endif
+#include <cstdio>
 
 bool AH_Options::parse(QStringList const &arguments, AH_Options &options, QString *error)
 {
@@ -37,7 +38,7 @@ bool AH_Options::parse(QStringList const &arguments, AH_Options &options, QStrin
         return false;
     }
     options.prefsPath = parser.value(prefs);
-    options.pluginsDir = parser.isSet(plugins) ? parser.value(plugins) : QStringLiteral(ANIMHOST_PLUGINS_DIR);
+    options.pluginsDir = parser.value(plugins);
     options.batchScript = parser.value(batch);
     options.outputDir = parser.value(output);
     options.sceneFile = parser.positionalArguments().value(0);
@@ -49,6 +50,35 @@ bool AH_Options::parse(QStringList const &arguments, AH_Options &options, QStrin
 QString AH_Options::usage()
 {
     return QStringLiteral("usage: animhost [--prefs PATH] [--plugins DIR] [--batch SCRIPT [--output DIR] | --run SCRIPT] [--screenshot FILE] [SCENE]");
+}
+
+QString AH_Options::help()
+{
+    return usage() + QStringLiteral(
+        "\n\n"
+        "Opens SCENE in the window, or runs a batch script of gestures on it without a display.\n"
+        "\n"
+        "Options:\n"
+        "  --prefs PATH       the preference file (default: in the user's configuration folder)\n"
+        "  --plugins DIR      folders to search for plug-ins before the installed ones, separated by ':'\n"
+        "  --batch SCRIPT     runs the batch script and exits, without a window\n"
+        "  --output DIR       the folder where a batch script saves and renders relative paths\n"
+        "  --run SCRIPT       runs the batch script in the window before it shows\n"
+        "  --screenshot FILE  saves a picture of the window as PNG and quits\n"
+        "  --help             shows this help and exits\n"
+        "  --version          shows the version and exits\n"
+        "\n"
+        "Environment:\n"
+        "  %1  folders to search for plug-ins after those of --plugins and\n"
+        "                        before the installed ones, separated by ':'\n"
+        "\n"
+        "Exit status: 0 on success; 1 when a scene or a script fails; 2 for a bad command line.\n")
+        .arg(QString::fromLatin1(AH_PluginPathVariable));
+}
+
+QString AH_Options::version()
+{
+    return QStringLiteral("animhost " ANIMHOST_VERSION);
 }
 
 namespace {
@@ -74,6 +104,7 @@ struct AH_Host::Impl {
     std::unique_ptr<PLUG_ToolbarModel> toolbars = std::make_unique<PLUG_ToolbarModel>();
     std::unique_ptr<PLUG_PreferenceUI> preferenceUI = std::make_unique<PLUG_PreferenceUI>();
     std::unique_ptr<PLUG_PluginLoader> loader;
+    QStringList searchProblems;  // folders of the search path that do not exist
     bool running = false;
 };
 
@@ -93,8 +124,14 @@ void AH_Host::startup(AH_Options const &options)
     PLUG_Services::setPreference(d_->preferenceUI.get());
     // Replaced by the workspace's session once a scene is open.
     PLUG_Services::setSessionContext(d_->startupContext.get());
-    d_->loader = std::make_unique<PLUG_PluginLoader>(options.pluginsDir);
+    AH_PluginSearchPath const search = AH_PluginSearchPath::make(
+        options.pluginsDir, qEnvironmentVariable(AH_PluginPathVariable), QCoreApplication::applicationDirPath());
+    d_->searchProblems = search.problems;
+    for (QString const &problem : search.problems)
+        std::fprintf(stderr, "%s\n", qUtf8Printable(problem));
+    d_->loader = std::make_unique<PLUG_PluginLoader>(search.folders);
     d_->loader->load(QStringLiteral("AnimationTool"));
+    d_->loader->loadAll();
     d_->running = true;
 }
 
@@ -141,5 +178,5 @@ TUSceneChangeManager *AH_Host::changeManager() const
 
 QStringList AH_Host::pluginErrors() const
 {
-    return d_->loader ? d_->loader->errors() : QStringList();
+    return d_->searchProblems + (d_->loader ? d_->loader->errors() : QStringList());
 }

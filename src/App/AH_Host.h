@@ -25,7 +25,7 @@ class TUSceneChangeManager;
 // What the command line asks for.
 struct AH_Options {
     QString prefsPath;    // --prefs PATH; empty: PR_Preference::defaultFilePath()
-    QString pluginsDir;   // --plugins DIR; empty: the plug-ins folder of the build
+    QString pluginsDir;   // --plugins DIR[:DIR...]: searched before the installed plug-ins (AH_PluginSearch.h)
     QString batchScript;  // --batch SCRIPT; empty: the window
     QString outputDir;    // --output DIR: where batch scripts save and render relative paths
     QString sceneFile;    // the scene to open, if any
@@ -36,6 +36,10 @@ struct AH_Options {
     // missing value or more than one scene file.
     static bool parse(QStringList const &arguments, AH_Options &options, QString *error);
     static QString usage();
+    // What --help prints: the usage, each option, and the environment variable of plug-ins.
+    static QString help();
+    // What --version prints: "animhost <version>".
+    static QString version();
 };
 
 class AH_Host {
@@ -45,8 +49,9 @@ public:
     AH_Host(AH_Host const &) = delete;
     AH_Host &operator=(AH_Host const &) = delete;
 
-    // Loads the preferences, installs the services and loads the plug-in "AnimationTool" from the
-    // folder of `options` (a plug-in that cannot be used is reported and left out).
+    // Loads the preferences, installs the services and loads the plug-in "AnimationTool", then
+    // every other plug-in, from the search path of `options` (AH_PluginSearch.h): a plug-in that
+    // cannot be used, or a folder of the search path that does not exist, is reported and left out.
     void startup(AH_Options const &options);
     // Unpolishes the plug-ins, forgets the panel factories and services, saves the preferences.
     void shutdown();

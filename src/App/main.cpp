@@ -5,6 +5,7 @@
 //   animhost [--run SCRIPT] [--screenshot FILE] [SCENE]
 //       --run: the script's gestures are played in the window's session before it shows;
 //       --screenshot: the window saves a picture of itself and quits.
+//   animhost --help | --version   (answered before Qt starts, so without a display)
 //
 // Exit status: 0 on success; 1 when a scene or a script fails; 2 for a bad command line.
 #include "AH_BatchRunner.h"
@@ -20,6 +21,14 @@
 
 int main(int argc, char *argv[])
 {
+    for (int i = 1; i < argc; ++i) {
+        bool const help = std::strcmp(argv[i], "--help") == 0;
+        if (help || std::strcmp(argv[i], "--version") == 0) {
+            QTextStream(stdout) << (help ? AH_Options::help() : AH_Options::version() + QLatin1Char('\n'));
+            return 0;
+        }
+    }
+
     bool batch = false;
     for (int i = 1; i < argc; ++i)
         batch = batch || std::strcmp(argv[i], "--batch") == 0;
