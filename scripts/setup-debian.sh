@@ -9,6 +9,7 @@ packages=(
   libcminpack-dev libeigen3-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   xvfb xauth
+  dpkg-dev fakeroot help2man lintian file
 )
 
 sudo_cmd=()
