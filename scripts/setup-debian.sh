@@ -9,7 +9,7 @@ packages=(
   libcminpack-dev libeigen3-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   xvfb xauth
-  dpkg-dev fakeroot help2man lintian file
+  dpkg-dev file help2man lintian
 )
 
 sudo_cmd=()
