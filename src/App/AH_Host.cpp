@@ -60,7 +60,7 @@ QString AH_Options::help()
         "\n"
         "Options:\n"
         "  --prefs PATH       the preference file (default: in the user's configuration folder)\n"
-        "  --plugins DIR      folders to search for plug-ins before the installed ones, separated by ':'\n"
+        "  --plugins DIR      folders searched first for plug-ins, separated by ':'\n"
         "  --batch SCRIPT     runs the batch script and exits, without a window\n"
         "  --output DIR       the folder where a batch script saves and renders relative paths\n"
         "  --run SCRIPT       runs the batch script in the window before it shows\n"
@@ -69,7 +69,7 @@ QString AH_Options::help()
         "  --version          shows the version and exits\n"
         "\n"
         "Environment:\n"
-        "  %1  folders to search for plug-ins after those of --plugins and\n"
+        "  %1  folders searched for plug-ins after those of --plugins and\n"
         "                        before the installed ones, separated by ':'\n"
         "\n"
         "Exit status: 0 on success; 1 when a scene or a script fails; 2 for a bad command line.\n")
