@@ -5,17 +5,32 @@
 #   - without one (or with --batch), by running examples/scripts/character-ik.txt, which drags
 #     the left hand and renders the character before and after; the folder of the pictures is
 #     printed at the end.
-# Usage: scripts/run-example.sh [--batch] [OUTPUT_FOLDER]   (default: build/default/example-output)
+# With --prefix PREFIX, the animhost installed in PREFIX runs its installed examples instead, and
+# nothing is set up or built (e.g. --prefix /usr for the Debian package).
+# Usage: scripts/run-example.sh [--prefix PREFIX] [--batch] [OUTPUT_FOLDER]
+#   (default OUTPUT_FOLDER: build/default/example-output, or example-output in the current folder
+#   with --prefix)
 set -euo pipefail
-cd "$(dirname "$0")/.."
+prefix=
+if [ "${1:-}" = "--prefix" ]; then prefix=$(cd "$2" && pwd); shift 2; fi
+# From the source tree; an installed animhost needs none of it.
+[ -n "$prefix" ] || cd "$(dirname "$0")/.."
 batch=false
 if [ "${1:-}" = "--batch" ]; then batch=true; shift; fi
 [ -n "${DISPLAY:-}" ] || batch=true
-out=${1:-build/default/example-output}
 
-bash scripts/setup-debian.sh
-cmake --preset default
-cmake --build --preset default --target animhost
+if [ -n "$prefix" ]; then
+  animhost=$prefix/bin/animhost
+  examples=$prefix/share/animhost/examples
+  out=${1:-example-output}
+else
+  animhost=./build/default/bin/animhost
+  examples=examples
+  out=${1:-build/default/example-output}
+  bash scripts/setup-debian.sh
+  cmake --preset default
+  cmake --build --preset default --target animhost
+fi
 mkdir -p "$out"
 # The IK tool is switched on by a preference, read before the plug-in loads.
 [ -f "$out/preferences.xml" ] || cat > "$out/preferences.xml" <<'PREFS'
@@ -25,10 +40,10 @@ mkdir -p "$out"
 </preferences>
 PREFS
 if [ "$batch" = false ]; then
-  exec ./build/default/bin/animhost --prefs "$out/preferences.xml" \
-    --run examples/scripts/character-ik-start.txt examples/scenes/character-rig.xml
+  exec "$animhost" --prefs "$out/preferences.xml" \
+    --run "$examples/scripts/character-ik-start.txt" "$examples/scenes/character-rig.xml"
 fi
-QT_QPA_PLATFORM=offscreen ./build/default/bin/animhost --batch examples/scripts/character-ik.txt \
+QT_QPA_PLATFORM=offscreen "$animhost" --batch "$examples/scripts/character-ik.txt" \
   --output "$out" --prefs "$out/preferences.xml"
 echo "The character before and after the IK drag, and the posed scene, are in $out:"
 ls -1 "$out"

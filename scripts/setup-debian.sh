@@ -9,6 +9,7 @@ packages=(
   libcminpack-dev libeigen3-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   xvfb xauth
+  dpkg-dev file help2man lintian
 )
 
 sudo_cmd=()

@@ -1,5 +1,7 @@
 #include "AH_Host.h"
 
+#include "AH_PluginSearch.h"
+
 #include "action/AC_Manager.h"
 #include "panel/TP_ToolProperties.h"
 #include "plugin/PLUG_MenuService.h"
@@ -12,12 +14,10 @@
 #include "session/TUSceneChangeManager.h"
 
 #include <QCommandLineParser>
+#include <QCoreApplication>
 
 #include <algorithm>
-
-#ifndef ANIMHOST_PLUGINS_DIR
-#define ANIMHOST_PLUGINS_DIR "plugins"
-#endif
+#include <cstdio>
 
 #ifndef ANIMHOST_VERSION
 #define ANIMHOST_VERSION "unknown"
@@ -33,7 +33,7 @@ std::vector<AH_Options::Option> const &AH_Options::table()
         {{QStringLiteral("prefs")}, QStringLiteral("PATH"),
          QStringLiteral("Read and save the preferences in PATH instead of the user's preference file."), &AH_Options::prefsPath},
         {{QStringLiteral("plugins")}, QStringLiteral("DIR"),
-         QStringLiteral("Load the plug-ins from DIR instead of the folder animhost was built with."), &AH_Options::pluginsDir},
+         QStringLiteral("Search the folders DIR (separated by ':') for plug-ins before the installed ones."), &AH_Options::pluginsDir},
         {{QStringLiteral("batch")}, QStringLiteral("SCRIPT"),
          QStringLiteral("Run the batch script SCRIPT without a window or a display, then exit."), &AH_Options::batchScript},
         {{QStringLiteral("output")}, QStringLiteral("DIR"),
@@ -69,8 +69,6 @@ bool AH_Options::parse(QStringList const &arguments, AH_Options &options, QStrin
         else
             options.*option.flag = parser.isSet(option.names.constLast());
     }
-    if (options.pluginsDir.isEmpty())
-        options.pluginsDir = QStringLiteral(ANIMHOST_PLUGINS_DIR);
     options.sceneFile = parser.positionalArguments().value(0);
     return true;
 }
@@ -116,8 +114,10 @@ QString AH_Options::helpText()
         text += QStringLiteral("  %1  %2\n").arg(columns[int(i)], -width).arg(table()[i].description);
     text += QStringLiteral(
         "\nArguments:\n  SCENE  the scene file to open\n\n"
+        "Environment:\n  %1  folders searched for plug-ins after those of --plugins and before the\n"
+        "  installed ones, separated by ':'\n\n"
         "Exit status: 0 on success; 1 when a scene or a script fails; 2 for a bad command line.\n");
-    return text;
+    return text.arg(QString::fromLatin1(AH_PluginPathVariable));
 }
 
 QString AH_Options::versionText()
@@ -148,6 +148,7 @@ struct AH_Host::Impl {
     std::unique_ptr<PLUG_ToolbarModel> toolbars = std::make_unique<PLUG_ToolbarModel>();
     std::unique_ptr<PLUG_PreferenceUI> preferenceUI = std::make_unique<PLUG_PreferenceUI>();
     std::unique_ptr<PLUG_PluginLoader> loader;
+    QStringList searchProblems;  // folders of the search path that do not exist
     bool running = false;
 };
 
@@ -167,8 +168,14 @@ void AH_Host::startup(AH_Options const &options)
     PLUG_Services::setPreference(d_->preferenceUI.get());
     // Replaced by the workspace's session once a scene is open.
     PLUG_Services::setSessionContext(d_->startupContext.get());
-    d_->loader = std::make_unique<PLUG_PluginLoader>(options.pluginsDir);
+    AH_PluginSearchPath const search = AH_PluginSearchPath::make(
+        options.pluginsDir, qEnvironmentVariable(AH_PluginPathVariable), QCoreApplication::applicationDirPath());
+    d_->searchProblems = search.problems;
+    for (QString const &problem : search.problems)
+        std::fprintf(stderr, "%s\n", qUtf8Printable(problem));
+    d_->loader = std::make_unique<PLUG_PluginLoader>(search.folders);
     d_->loader->load(QStringLiteral("AnimationTool"));
+    d_->loader->loadAll();
     d_->running = true;
 }
 
@@ -215,5 +222,5 @@ TUSceneChangeManager *AH_Host::changeManager() const
 
 QStringList AH_Host::pluginErrors() const
 {
-    return d_->loader ? d_->loader->errors() : QStringList();
+    return d_->searchProblems + (d_->loader ? d_->loader->errors() : QStringList());
 }

@@ -31,7 +31,7 @@ class TUSceneChangeManager;
 // --version work anywhere.
 struct AH_Options {
     QString prefsPath;    // --prefs PATH; empty: PR_Preference::defaultFilePath()
-    QString pluginsDir;   // --plugins DIR; empty: the plug-ins folder of the build
+    QString pluginsDir;   // --plugins DIR[:DIR...]: searched before the installed plug-ins (AH_PluginSearch.h)
     QString batchScript;  // --batch SCRIPT; empty: the window
     QString outputDir;    // --output DIR: where batch scripts save and render relative paths
     QString sceneFile;    // the scene to open, if any
@@ -68,8 +68,9 @@ public:
     AH_Host(AH_Host const &) = delete;
     AH_Host &operator=(AH_Host const &) = delete;
 
-    // Loads the preferences, installs the services and loads the plug-in "AnimationTool" from the
-    // folder of `options` (a plug-in that cannot be used is reported and left out).
+    // Loads the preferences, installs the services and loads the plug-in "AnimationTool", then
+    // every other plug-in, from the search path of `options` (AH_PluginSearch.h): a plug-in that
+    // cannot be used, or a folder of the search path that does not exist, is reported and left out.
     void startup(AH_Options const &options);
     // Unpolishes the plug-ins, forgets the panel factories and services, saves the preferences.
     void shutdown();

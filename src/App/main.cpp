@@ -6,6 +6,7 @@
 //   animhost --help | --version
 //       --run: the script's gestures are played in the window's session before it shows;
 //       --screenshot: the window saves a picture of itself and quits.
+//   animhost --help | --version   (answered before Qt starts, so without a display)
 //
 // The command line is read before the application object is made: --help, --version and a bad
 // command line need no display, and a batch run always takes Qt's offscreen platform, whatever

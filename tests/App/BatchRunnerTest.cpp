@@ -481,7 +481,7 @@ TEST(CommandLine, ReadsOptionsAndRefusesWhatItDoesNotKnow)
     EXPECT_EQ(options.batchScript, QStringLiteral("s.txt"));
     EXPECT_EQ(options.outputDir, QStringLiteral("o"));
     EXPECT_EQ(options.sceneFile, QStringLiteral("scene.xml"));
-    EXPECT_FALSE(options.pluginsDir.isEmpty());  // the build's plug-ins folder by default
+    EXPECT_TRUE(options.pluginsDir.isEmpty());  // only the installed plug-ins by default
 
     ASSERT_TRUE(AH_Options::parse({"animhost", "--plugins", "/somewhere"}, options, &error));
     EXPECT_EQ(options.pluginsDir, QStringLiteral("/somewhere"));

@@ -24,9 +24,11 @@ class PluginLoader : public ::testing::Test {
 protected:
     QTemporaryDir dir;
     QString folder() const { return dir.path(); }
-    QString copy(QString const &name, QString const &as = QString())
+    QString copy(QString const &name, QString const &as = QString(), QString const &subfolder = QString())
     {
-        QString const target = dir.filePath("lib" + (as.isEmpty() ? name : as) + ".so");
+        QString const folder = subfolder.isEmpty() ? dir.path() : dir.filePath(subfolder);
+        QDir().mkpath(folder);
+        QString const target = folder + "/lib" + (as.isEmpty() ? name : as) + ".so";
         EXPECT_TRUE(QFile::copy(QString(TEST_PLUGINS_DIR "/lib") + name + ".so", target));
         return target;
     }
@@ -114,6 +116,42 @@ TEST_F(PluginLoader, UnusablePlugInsAreReportedByNameAndTheHostGoesOn)
     loader.unpolishAll();
     EXPECT_EQ(callsOf(withoutPolish), "load(flag=false,path=" + folder().toStdString() + ") ");
     EXPECT_EQ(callsOf(good), "load(flag=false,path=" + folder().toStdString() + ") init polish unpolish ");
+}
+
+// Folders are searched in order: the first that holds a plug-in wins, and a library of the same
+// name in a later folder is never opened, even when the first one could not be used.
+TEST_F(PluginLoader, SearchesItsFoldersInOrderAndTheFirstOneHoldingAPlugInWins)
+{
+    QString const first = dir.filePath("first");
+    QString const second = dir.filePath("second");
+    QString const winner = copy("TestPlugin", QString(), "first");
+    QString const shadowed = copy("TestPlugin", QString(), "second");
+    copy("TestPlugin", "Second", "second");
+    copy("TestPlugin", "Broken", "second");
+    {
+        QFile broken(first + "/libBroken.so");
+        ASSERT_TRUE(broken.open(QIODevice::WriteOnly));
+        broken.write("this is no shared library");
+    }
+
+    PLUG_PluginLoader loader(QStringList{first + "/", dir.filePath("absent"), second});
+    EXPECT_EQ(loader.searchPath(), QStringList({first, dir.filePath("absent"), second}));
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(loader.loadAll(), 2);
+    EXPECT_FALSE(loader.load("Missing"));
+    testing::internal::GetCapturedStderr();
+
+    EXPECT_EQ(loader.loadedPlugins(), QStringList({"TestPlugin", "Second"}));
+    EXPECT_EQ(PLUG_Services::getPluginPath("TestPlugin"), first);
+    EXPECT_EQ(PLUG_Services::getPluginPath("Second"), second);
+    EXPECT_EQ(callsOf(winner), "load(flag=false,path=" + first.toStdString() + ") init polish ");
+    ASSERT_EQ(loader.errors().size(), 2);
+    EXPECT_TRUE(loader.errors()[0].contains("cannot open " + first + "/libBroken.so")) << loader.errors()[0].toStdString();
+    EXPECT_TRUE(loader.errors()[1].contains("no library libMissing.so in " + first + ", " + dir.filePath("absent") + ", " + second))
+        << loader.errors()[1].toStdString();
+    // Asking the shadowed library for its record opens it now, for the first time: it was never
+    // initialised nor polished.
+    EXPECT_EQ(callsOf(shadowed).find("init"), std::string::npos) << callsOf(shadowed);
 }
 
 }  // namespace
