@@ -1,7 +1,7 @@
 // The IK tool driven as a view drives it: presses, moves and releases at view points of a real
 // offscreen view of the arm example (three pegs in a chain, defined as a skeleton here), with the
-// settings set in the test. The tool paints nothing yet, so a view that also reports a scripted
-// picking id of the tool stands in for the joints, bones and constellation items under the pointer.
+// settings set in the test. Where a case needs a given joint, bone or constellation item under the
+// pointer whatever the drawing, a view that also reports a scripted picking id of the tool stands in.
 #include "iktool/IKTool.h"
 #include "iktool/IKToolImpl.h"
 #include "iktool/IKPreferences.h"
