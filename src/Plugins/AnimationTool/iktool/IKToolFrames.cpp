@@ -61,7 +61,8 @@ bool IKTool::Impl::canClearKeyframes()
     if (!root || !currentSolver() || !IKToolUtil::commandManagerForModule(root))
         return false;
     bool const some = prepareClear(root, [&](int f) { return f == from || f == to || f == current; });
-    clearFrames();
+    // The records as a redraw leaves them, without manipulators: the panel reads the skeleton next.
+    rebuildFrames();
     return some;
 }
 
