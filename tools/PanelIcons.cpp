@@ -216,14 +216,14 @@ std::vector<std::pair<char const *, Symbol>> symbols()
 // The IK tool: an arm of two bones whose end joint is dragged.
 void ikToolSymbol(QPainter &p)
 {
-    bone(p, QPointF(6.5, 15.5), QPointF(9.5, 8.5));
-    bone(p, QPointF(9.5, 8.5), QPointF(14.5, 12.5));
+    bone(p, QPointF(6.5, 15.5), QPointF(8.5, 8.5));
+    bone(p, QPointF(8.5, 8.5), QPointF(12.5, 13));
     joint(p, QPointF(6.5, 15.5), 1.9);
-    joint(p, QPointF(9.5, 8.5), 1.9);
-    joint(p, QPointF(14.5, 12.5), 2.2, QColor(40, 90, 230));
-    p.setPen(pen(kInk, 1.1));
-    p.drawLine(QPointF(15.5, 13.5), QPointF(16.3, 14.3));
-    arrowHead(p, QPointF(17.3, 15.3), 0.785, kInk);
+    joint(p, QPointF(8.5, 8.5), 1.9);
+    joint(p, QPointF(12.5, 13), 2.2, QColor(40, 90, 230));
+    p.setPen(pen(kInk, 1.2));
+    p.drawLine(QPointF(14.2, 11.3), QPointF(16.1, 9.4));
+    arrowHead(p, QPointF(17.6, 7.9), -0.785, kInk);
 }
 
 // Shift and Trace: a drawing traced over another, shifted beside it.
@@ -295,6 +295,7 @@ int main(int argc, char **argv)
         std::fprintf(stderr, "PanelIcons: expected a folder where %s can be written\n", qPrintable(path));
         return 1;
     };
+    resources.mkpath(QStringLiteral("icons"));
     for (auto const &[name, symbol] : symbols()) {
         QString const path = resources.filePath(QStringLiteral("icons/") + QLatin1String(name) + QStringLiteral(".png"));
         if (!writePng(path, symbol))
