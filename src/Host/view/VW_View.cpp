@@ -348,8 +348,8 @@ UT_SharedPtr<SLB_SelectableDescriptor> VW_View::pick(UT_Point const &point, bool
             }
         }
 
-    // A drawing gives a node; a tool's joint or handle painted over a drawing, or beside it
-    // within the radius, is what the user aimed at, and the drawing is not picked.
+    // A drawing gives a node. A tool paints over the drawings: where its joint or handle is the
+    // id found, that is what the user aimed at, and the drawing beneath is not picked.
     UT_SharedPtr<SLB_SelectableDescriptor> descriptor;
     if (MO_Module *module = nearest == SLB_PickEngine::kNoId ? nullptr : moduleForPickId(nearest))
         descriptor = UT_MakeShared<SLB_ModuleDescriptorWithFrame>(module, static_cast<int>(d.frame()));
