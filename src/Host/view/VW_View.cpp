@@ -333,23 +333,32 @@ UT_SharedPtr<SLB_SelectableDescriptor> VW_View::pick(UT_Point const &point, bool
     d.binder.setCanvas(&d.canvas);
     pass.end();
 
-    // The one id the press is for: under the point, or else the nearest within the radius (ties
-    // in reading order). The tool hears only that one, so that a press is one hit however near
-    // other things lie: a tool that edits its selection in oglScanHit edits it once.
-    std::uint32_t nearest = SLB_PickEngine::kNoId;
-    int nearestDistance2 = 0;
+    // The one id the press is for. The tool's pick drawing lies over the drawings: of its ids, the
+    // one under the point or else the nearest within the radius; only when it has none there, the
+    // drawing under the point or else the nearest (ties in reading order). The tool hears only that
+    // one, so that a press is one hit however near other things lie: a tool that edits its
+    // selection in oglScanHit edits it once, and a small handle beside a drawing stays in reach.
+    struct Nearest {
+        std::uint32_t id = SLB_PickEngine::kNoId;
+        int distance2 = 0;
+        void offer(std::uint32_t candidate, int d2)
+        {
+            if (id == SLB_PickEngine::kNoId || d2 < distance2) {
+                id = candidate;
+                distance2 = d2;
+            }
+        }
+    } tool, drawing;
     for (int dy = -kPickRadius; dy <= kPickRadius; ++dy)
         for (int dx = -kPickRadius; dx <= kPickRadius; ++dx) {
             std::uint32_t const id = SLB_PickEngine::colorToId(d.pickCanvas.pixel(point.x + dx, point.y + dy));
-            int const distance2 = dx * dx + dy * dy;
-            if (id != SLB_PickEngine::kNoId && (nearest == SLB_PickEngine::kNoId || distance2 < nearestDistance2)) {
-                nearest = id;
-                nearestDistance2 = distance2;
-            }
+            if (id != SLB_PickEngine::kNoId)
+                (d.pickModules.count(id) ? drawing : tool).offer(id, dx * dx + dy * dy);
         }
+    std::uint32_t const nearest = tool.id != SLB_PickEngine::kNoId ? tool.id : drawing.id;
 
-    // A drawing gives a node. A tool paints over the drawings: where its joint or handle is the
-    // id found, that is what the user aimed at, and the drawing beneath is not picked.
+    // A drawing gives a node; where the tool's joint or handle is the id found, that is what the
+    // user aimed at, and the drawing beneath or beside it is not picked.
     UT_SharedPtr<SLB_SelectableDescriptor> descriptor;
     if (MO_Module *module = nearest == SLB_PickEngine::kNoId ? nullptr : moduleForPickId(nearest))
         descriptor = UT_MakeShared<SLB_ModuleDescriptorWithFrame>(module, static_cast<int>(d.frame()));

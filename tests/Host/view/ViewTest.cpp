@@ -263,7 +263,7 @@ TEST_F(ViewTest, PickFindsTheModuleUnderThePointAndTellsTheToolItsId)
     EXPECT_TRUE(tool->scans.empty());
 }
 
-TEST_F(ViewTest, PickTellsTheToolOneIdTheOneUnderThePointOrElseTheNearest)
+TEST_F(ViewTest, PickTellsTheToolOneIdItsOwnBeforeADrawingsWithinTheRadius)
 {
     ProbeTool *tool = useProbe();
     tool->drawHandle = true;
@@ -275,19 +275,19 @@ TEST_F(ViewTest, PickTellsTheToolOneIdTheOneUnderThePointOrElseTheNearest)
     EXPECT_EQ(view.pickedHandle(hit), 101);  // what oglScanHit answered
     EXPECT_EQ(view.pickImage().size(), QSize(101, 81));
 
-    // With the camera placed so that the box's square touches the handle (the handle spans x 8
-    // to 12, the box starts at 13), both lie within the radius of every point between them; the
-    // tool hears the one id that is nearest, once, and the box gives a descriptor only when it
-    // is that one.
+    // With the camera placed so that the box's square touches the handle (the handle's pixels run
+    // to x 12, the box's start beside them), both lie within the radius of the points between them.
+    // The tool hears one id, once: its handle wherever the handle is within 3 pixels, even with
+    // the box under the point; the box, which alone gives a descriptor, only farther away.
     Math::Matrix4x4 camera;
     double const k = std::min(101 / 2.0, 81 / 1.5);
     camera.translate(0.5 - (10 + 4 - 50) / k, 0.25 + (10 - 40) / k);  // the box centred on (14, 10)
     session->setCameraMatrix(camera);
     struct Case {
         int x;
-        bool box;  // the box is the nearest id
+        bool box;  // the box's id is the one found
     };
-    for (Case const c : {Case{9, false}, Case{11, false}, Case{12, false}, Case{14, true}, Case{17, true}}) {
+    for (Case const c : {Case{9, false}, Case{11, false}, Case{13, false}, Case{15, false}, Case{16, true}, Case{17, true}}) {
         tool->scans.clear();
         hit = view.pick(UT_Point(c.x, 10), true, 0);
         ASSERT_EQ(tool->scans.size(), 1u) << "x " << c.x;

@@ -13,11 +13,12 @@
 // to 0.75 up) into the view; selected modules get a marker; last the current tool draws.
 //
 // Picking: the pick pass paints, on a pick canvas of the view's size, each drawing in the colour of
-// a picking id of its module, then the tool's own pick drawing. pick() finds one id: the one under
-// the point, or else the nearest in the square of kPickRadius pixels around it (ties in reading
-// order), and calls the tool's oglScanHit once with it, so that a press is one hit however near
-// other things lie. The result is the module of that id when it is a drawing (what the tool paints
-// near the point is what the user aimed at), else null.
+// a picking id of its module, then the tool's own pick drawing. pick() finds one id in the square of
+// kPickRadius pixels around the point: of the tool's ids the one under the point or else the
+// nearest, and only when the tool has none there, the drawing's (ties in reading order); it calls
+// the tool's oglScanHit once with it, so that a press is one hit however near other things lie.
+// The result is the module of that id when it is a drawing (what the tool paints near the point is
+// what the user aimed at), else null.
 #pragma once
 
 #include "graphic/VS_RGBA.h"

@@ -167,13 +167,6 @@ void drawBone(CC_CameraChainTransformCanvasBinder &binder, RenderSettings const 
     Vector2d const o(-n.y * w, n.x * w);
     Point2d const s1 = m - o;
     Point2d const s2 = m + o;
-    if (settings.picking) {
-        // A bone is thin towards its ends: the pick pass paints a band around its axis as well,
-        // so that a press a few pixels beside any point of it finds the bone and not what lies under.
-        double const p = std::max(w, settings.pickBoneHalfWidth);
-        Vector2d const op(-n.y * p, n.x * p);
-        painter.drawQuad(a + op, b + op, b - op, a - op, settings.boneFillColor);
-    }
     if (settings.handleBone) {
         painter.setLineStrokeColor(settings.boneFillColor);
         painter.drawQuad(a + o, b + o, b - o, a - o, settings.boneLineColor);

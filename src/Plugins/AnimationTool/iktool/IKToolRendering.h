@@ -30,7 +30,6 @@ struct RenderSettings {
     std::int32_t jointRadius = 11;
     double boneApex = 0.125;       // widest point of a bone, as a fraction of its length from the parent
     std::int32_t boneHalfWidth = 8;
-    double pickBoneHalfWidth = 4.0;  // pixels: in the pick pass a bone is at least this wide about its axis
     bool handleBone = false;       // the bone leads to a handle joint: a narrow rectangle
     bool showCross = false;        // the joint is a root
     bool reservedFlag = true;      // read by nothing

@@ -121,8 +121,8 @@ protected:
     }
 
     // Runs `gesture` at the centre and at each pixel within 3 pixels of it, each from a new start,
-    // and expects every outcome to be the centre's.
-    void expectSameAsCentre(std::string const &what, std::function<void()> const &prepare,
+    // and expects every outcome to be the centre's, which holds `centreHas`.
+    void expectSameAsCentre(std::string const &what, std::string const &centreHas, std::function<void()> const &prepare,
                             std::function<void(Math::Vector2d const &)> const &gesture)
     {
         std::string centre;
@@ -131,10 +131,12 @@ protected:
             prepare();
             gesture(offset);
             std::string const got = outcome();
-            if (offset.x == 0 && offset.y == 0)
+            if (offset.x == 0 && offset.y == 0) {
                 centre = got;
-            else
+                EXPECT_NE(centre.find(centreHas), std::string::npos) << what << ": " << centre;
+            } else {
                 EXPECT_EQ(got, centre) << what << ", off by " << offset.x << ", " << offset.y;
+            }
         }
     }
 
@@ -155,7 +157,9 @@ TEST_F(IKToolPicking, PressesNearAJointOrTheMiddleOfABoneDoWhatAPressOnItsCentre
     ASSERT_GT(n, 10);
     for (int k = 0; k < n; ++k) {
         int const other = k == 0 ? 1 : 0;
-        expectSameAsCentre("joint " + start[std::size_t(k)].name + " of " + nameOf(start[std::size_t(k)]), [&] { click(jointPixel(other)); },
+        std::string const joint = "joints " + std::to_string(k) + " bone ";
+        expectSameAsCentre("joint " + start[std::size_t(k)].name + " of " + nameOf(start[std::size_t(k)]), joint + "0",
+                           [&] { click(jointPixel(other)); },
                            [&](Math::Vector2d const &offset) {
                                Math::Point2d const p = jointPixel(k) + offset;
                                click(p, Qt::ShiftModifier);
@@ -165,7 +169,7 @@ TEST_F(IKToolPicking, PressesNearAJointOrTheMiddleOfABoneDoWhatAPressOnItsCentre
         if (parent == start.end())
             continue;
         int const from = parent->index;
-        expectSameAsCentre("bone to " + start[std::size_t(k)].name + " of " + nameOf(start[std::size_t(k)]), [] {},
+        expectSameAsCentre("bone to " + start[std::size_t(k)].name + " of " + nameOf(start[std::size_t(k)]), joint + "1", [] {},
                            [&](Math::Vector2d const &offset) {
                                click(jointPixel(from) + (jointPixel(k) - jointPixel(from)) * 0.5 + offset);
                            });
@@ -189,14 +193,15 @@ TEST_F(IKToolPicking, PressesNearASelectedJointKeepOrExtendTheSelectionAsOnItsCe
         click(jointPixel(elbow));
         click(jointPixel(wrist), Qt::ShiftModifier);
     };
-    expectSameAsCentre("drag from the elbow", selectBoth, [&](Math::Vector2d const &offset) {
+    std::string const both = "joints " + std::to_string(std::min(elbow, wrist)) + ' ' + std::to_string(std::max(elbow, wrist));
+    expectSameAsCentre("drag from the elbow", both + " bone 0", selectBoth, [&](Math::Vector2d const &offset) {
         Math::Point2d const p = jointPixel(elbow) + offset;
         view->render();
         view->mousePress(p);
         view->mouseMove(p + Math::Vector2d(10, 0));
         view->mouseRelease(p + Math::Vector2d(10, 0));
     });
-    expectSameAsCentre("shift-press on the elbow", selectBoth,
+    expectSameAsCentre("shift-press on the elbow", "joints " + std::to_string(wrist) + " bone 0", selectBoth,
                        [&](Math::Vector2d const &offset) { click(jointPixel(elbow) + offset, Qt::ShiftModifier); });
 }
 
@@ -235,26 +240,36 @@ TEST_F(IKToolPicking, PressesNearAConstellationButtonOrSliderDoWhatAPressOnItsCe
         buttons.emplace_back(std::round(sx / count), std::round(sy / count));
     }
     for (int item = 0; item <= 4; ++item)
-        expectSameAsCentre("button " + std::to_string(item), openConstellation,
+        expectSameAsCentre("button " + std::to_string(item), "undo \"IK Joint Settings\"", openConstellation,
                            [&](Math::Vector2d const &offset) { click(buttons[std::size_t(item)] + offset); });
 
     // A slider sets the weight from where the press projects on its track: presses above and
-    // below a point of the track give what the point gives.
-    for (int slider = 0; slider < 3; ++slider) {
-        startOver();
+    // below a point of the track give what the point gives. The hold flags are switched on first:
+    // a slider is offered only with its flag.
+    auto const openWithSliders = [&] {
         openConstellation();
-        Math::Segment2d const track = impl().sliderSegments[slider];
-        for (double t : {0.2, 0.5, 0.8}) {
+        click(buttons[1]);
+        click(buttons[2]);
+    };
+    startOver();
+    openWithSliders();
+    view->render();  // the drawing keeps where it painted the tracks
+    std::vector<Math::Segment2d> const tracks(std::begin(impl().sliderSegments), std::end(impl().sliderSegments));
+    for (int slider = 0; slider < 3; ++slider) {
+        Math::Segment2d const &track = tracks[std::size_t(slider)];
+        ASSERT_GT(track.b.x - track.a.x, 20.0) << "slider " << slider;
+        for (double t : {0.1, 0.9}) {  // the pick shape is thinnest at the left end
             Math::Point2d const at(std::round(track.a.x + (track.b.x - track.a.x) * t), std::round(track.a.y));
             std::string centre;
             for (int dy : {0, -3, -2, -1, 1, 2, 3}) {
                 startOver();
-                openConstellation();
+                openWithSliders();
                 click(at + Math::Vector2d(0, dy));
                 std::string const got = outcome();
-                if (dy == 0)
+                if (dy == 0) {
                     centre = got;
-                else
+                    EXPECT_NE(centre.find("undo \"IK Joint Setting\""), std::string::npos) << centre;
+                } else
                     EXPECT_EQ(got, centre) << "slider " << slider << " at " << t << ", off by " << dy;
             }
         }
