@@ -1,11 +1,15 @@
-// Draws the icons of the IK tool panel into a folder, as 22 by 22 PNG files: a light rounded
-// face of 16 by 16 in the middle (the margin stays transparent, as on the constellation's
-// buttons, whose icons the panel shares) with a dark symbol. Run it after changing a symbol:
-//   cmake --build --preset default --target PanelIcons && build/default/bin/PanelIcons resources/icons
+// Draws the icons of the plug-in into its resource folder, each a light rounded face of 16 by 16
+// in the middle of 22 by 22 (the margin stays transparent, as on the constellation's buttons,
+// whose icons the panel shares) with a dark symbol: the IK tool panel's as PNG files in icons/,
+// the IK tool's tool bar and menu icon as IKTool.png, and the Shift and Trace tool's as
+// ShiftAndTrace/shiftandtracetool.svg. Run it after changing a symbol:
+//   cmake --build --preset default --target PanelIcons && build/default/bin/PanelIcons resources
+#include <QDir>
 #include <QGuiApplication>
 #include <QImage>
 #include <QPainter>
 #include <QPainterPath>
+#include <QSvgGenerator>
 
 #include <cmath>
 #include <cstdio>
@@ -207,17 +211,74 @@ std::vector<std::pair<char const *, Symbol>> symbols()
     };
 }
 
-QImage drawIcon(Symbol const &symbol)
+// The tools' own icons, for the tool bar and the menus.
+
+// The IK tool: an arm of two bones whose end joint is dragged.
+void ikToolSymbol(QPainter &p)
 {
-    QImage image(22, 22, QImage::Format_ARGB32);
-    image.fill(Qt::transparent);
-    QPainter p(&image);
+    bone(p, QPointF(6.5, 15.5), QPointF(8.5, 8.5));
+    bone(p, QPointF(8.5, 8.5), QPointF(12.5, 13));
+    joint(p, QPointF(6.5, 15.5), 1.9);
+    joint(p, QPointF(8.5, 8.5), 1.9);
+    joint(p, QPointF(12.5, 13), 2.2, QColor(40, 90, 230));
+    p.setPen(pen(kInk, 1.2));
+    p.drawLine(QPointF(14.2, 11.3), QPointF(16.1, 9.4));
+    arrowHead(p, QPointF(17.6, 7.9), -0.785, kInk);
+}
+
+// Shift and Trace: a drawing traced over another, shifted beside it.
+void shiftAndTraceSymbol(QPainter &p)
+{
+    p.setPen(pen(QColor(150, 150, 150), 1.0));
+    p.setBrush(Qt::white);
+    p.drawRect(QRectF(5.5, 5.5, 8, 8));
+    p.setPen(pen(QColor(60, 110, 200), 1.2));
+    p.setBrush(Qt::NoBrush);
+    QPainterPath under(QPointF(7, 11.5));
+    under.quadTo(QPointF(9.5, 6.5), QPointF(12, 11.5));
+    p.drawPath(under);
+    p.setPen(pen(kInk, 1.0));
+    p.setBrush(QColor(255, 255, 255, 200));
+    p.drawRect(QRectF(8.5, 8.5, 8, 8));
+    p.setPen(pen(kRed, 1.2));
+    p.setBrush(Qt::NoBrush);
+    QPainterPath over(QPointF(10, 14.5));
+    over.quadTo(QPointF(12.5, 9.5), QPointF(15, 14.5));
+    p.drawPath(over);
+}
+
+void paintIcon(QPainter &p, Symbol const &symbol)
+{
     p.setRenderHint(QPainter::Antialiasing);
     p.setPen(pen(QColor(90, 90, 90), 1.0));
     p.setBrush(QColor(236, 236, 236));
     p.drawRoundedRect(QRectF(3.5, 3.5, 15, 15), 3, 3);
     symbol(p);
-    return image;
+}
+
+bool writePng(QString const &path, Symbol const &symbol)
+{
+    QImage image(22, 22, QImage::Format_ARGB32);
+    image.fill(Qt::transparent);
+    {
+        QPainter p(&image);
+        paintIcon(p, symbol);
+    }
+    return image.save(path, "PNG");
+}
+
+bool writeSvg(QString const &path, Symbol const &symbol)
+{
+    QSvgGenerator svg;
+    svg.setFileName(path);
+    svg.setSize(QSize(22, 22));
+    svg.setViewBox(QRect(0, 0, 22, 22));
+    svg.setTitle(QStringLiteral("Shift and Trace"));
+    QPainter p;
+    if (!p.begin(&svg))
+        return false;
+    paintIcon(p, symbol);
+    return p.end();
 }
 
 } // namespace
@@ -226,16 +287,26 @@ int main(int argc, char **argv)
 {
     QGuiApplication app(argc, argv);
     if (argc != 2) {
-        std::fprintf(stderr, "usage: PanelIcons FOLDER\n");
+        std::fprintf(stderr, "usage: PanelIcons RESOURCE_FOLDER\n");
         return 2;
     }
-    QString const folder = QString::fromLocal8Bit(argv[1]);
+    QDir const resources(QString::fromLocal8Bit(argv[1]));
+    auto fail = [](QString const &path) {
+        std::fprintf(stderr, "PanelIcons: expected a folder where %s can be written\n", qPrintable(path));
+        return 1;
+    };
+    resources.mkpath(QStringLiteral("icons"));
     for (auto const &[name, symbol] : symbols()) {
-        QString const path = folder + QLatin1Char('/') + QLatin1String(name) + QStringLiteral(".png");
-        if (!drawIcon(symbol).save(path, "PNG")) {
-            std::fprintf(stderr, "PanelIcons: expected a folder where %s can be written\n", qPrintable(path));
-            return 1;
-        }
+        QString const path = resources.filePath(QStringLiteral("icons/") + QLatin1String(name) + QStringLiteral(".png"));
+        if (!writePng(path, symbol))
+            return fail(path);
     }
+    QString const ikTool = resources.filePath(QStringLiteral("IKTool.png"));
+    if (!writePng(ikTool, ikToolSymbol))
+        return fail(ikTool);
+    resources.mkpath(QStringLiteral("ShiftAndTrace"));
+    QString const shiftAndTrace = resources.filePath(QStringLiteral("ShiftAndTrace/shiftandtracetool.svg"));
+    if (!writeSvg(shiftAndTrace, shiftAndTraceSymbol))
+        return fail(shiftAndTrace);
     return 0;
 }

@@ -16,6 +16,7 @@
 #include <QtCore/qnamespace.h>
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <vector>
 
@@ -55,6 +56,9 @@ public:
     // first call without a receiver makes a hidden one.
     QWidget *panelWidget(QString const &name, QString &why);
 
+    // What "remember" kept for the expect-unchanged and expect-unmoved lines that follow, by key.
+    std::map<QString, QString> &remembered() { return remembered_; }
+
 private:
     AH_Workspace &workspace_;
     AC_Manager *actions_;                                      // not owned
@@ -64,6 +68,7 @@ private:
     QTextStream *out_ = nullptr;
     QString inputFolder_;
     QString outputFolder_;
+    std::map<QString, QString> remembered_;
 };
 
 // One command of the language.
@@ -89,6 +94,8 @@ void AH_AddFileCommands(AH_BatchCommandList &table);     // open, save, render, 
 void AH_AddGestureCommands(AH_BatchCommandList &table);  // select, frame, tool, view, press, move, release, key, undo, redo, set, action, widget
 void AH_AddCheckCommands(AH_BatchCommandList &table);    // expect-*
 void AH_AddViewCommands(AH_BatchCommandList &table);     // zoom, pan, fit, reset-view, length, rate, expect-zoom
+void AH_AddPanelStateCommands(AH_BatchCommandList &table);  // expect-enabled
+void AH_AddStillnessCommands(AH_BatchCommandList &table);   // remember, expect-unchanged, expect-unmoved, expect-moved
 
 // Reading words, the same before and while a script runs.
 namespace AH_BatchWords {

@@ -192,6 +192,8 @@ AH_BatchCommandList const &AH_BatchCommandTable()
         AH_AddGestureCommands(rows);
         AH_AddCheckCommands(rows);
         AH_AddViewCommands(rows);
+        AH_AddPanelStateCommands(rows);
+        AH_AddStillnessCommands(rows);
         std::sort(rows.begin(), rows.end(), [](AH_BatchCommand const &a, AH_BatchCommand const &b) { return a.name < b.name; });
         // Careful: a name given twice would hide one of its rows from findCommand.
         auto const twice = std::adjacent_find(rows.begin(), rows.end(),

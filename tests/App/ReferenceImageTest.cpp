@@ -12,6 +12,8 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 #include <cstdlib>
 
 namespace {
@@ -24,6 +26,12 @@ struct Shot {
     double frame;
     char const *reference;
 };
+
+// Shown in test listings and failures: the picture's file.
+void PrintTo(Shot const &shot, std::ostream *out)
+{
+    *out << shot.scene << " at frame " << shot.frame << " (" << shot.reference << ")";
+}
 
 class ReferenceImage : public ::testing::TestWithParam<Shot> {};
 

@@ -1,5 +1,7 @@
 #include "action/AC_ShortcutManager.h"
 
+#include "preference/PR_Preference.h"
+
 #include <QFile>
 #include <QXmlStreamReader>
 
@@ -48,6 +50,7 @@ std::optional<QString> parse(QFile &file, std::vector<AC_ShortcutManager::Shortc
         shortcut.text = attributes.value(QLatin1String("text")).toString();
         shortcut.responderIdentity = attributes.value(QLatin1String("responder")).toString();
         shortcut.slot = attributes.value(QLatin1String("slot")).toString();
+        shortcut.preference = attributes.value(QLatin1String("preference")).toString();
         if (shortcut.id.isEmpty())
             return failure(QStringLiteral("<shortcut> without an id"));
         if (shortcut.slot.isEmpty())
@@ -147,6 +150,8 @@ bool AC_ShortcutManager::applyShortcutSet(QString const &name)
     impl_->currentSet = name;
     impl_->activeCodes.clear();
     for (Shortcut const &s : impl_->shortcuts) {
+        if (!s.preference.isEmpty() && !tuPref->getBoolValue(s.preference, false))
+            continue;  // its feature is switched off
         auto const inSet = s.setKeys.find(name);
         QKeySequence const &key = inSet != s.setKeys.end() ? inSet->second : s.key;
         if (!key.isEmpty())

@@ -378,38 +378,39 @@ UT_SharedPtr<SLB_SelectableDescriptor> VW_View::pick(UT_Point const &point, bool
     d.binder.setCanvas(&d.canvas);
     pass.end();
 
-    // The ids around the point, nearest first (ties in reading order), each once.
-    struct Hit {
-        int distance2;
-        int order;
-        std::uint32_t id;
-    };
-    std::vector<Hit> hits;
-    int order = 0;
+    // The one id the press is for. The tool's pick drawing lies over the drawings: of its ids, the
+    // one under the point or else the nearest within the radius; only when it has none there, the
+    // drawing under the point or else the nearest (ties in reading order). The tool hears only that
+    // one, so that a press is one hit however near other things lie: a tool that edits its
+    // selection in oglScanHit edits it once, and a small handle beside a drawing stays in reach.
+    struct Nearest {
+        std::uint32_t id = SLB_PickEngine::kNoId;
+        int distance2 = 0;
+        void offer(std::uint32_t candidate, int d2)
+        {
+            if (id == SLB_PickEngine::kNoId || d2 < distance2) {
+                id = candidate;
+                distance2 = d2;
+            }
+        }
+    } tool, drawing;
     for (int dy = -kPickRadius; dy <= kPickRadius; ++dy)
-        for (int dx = -kPickRadius; dx <= kPickRadius; ++dx, ++order) {
+        for (int dx = -kPickRadius; dx <= kPickRadius; ++dx) {
             std::uint32_t const id = SLB_PickEngine::colorToId(d.pickCanvas.pixel(point.x + dx, point.y + dy));
             if (id != SLB_PickEngine::kNoId)
-                hits.push_back({dx * dx + dy * dy, order, id});
+                (d.pickModules.count(id) ? drawing : tool).offer(id, dx * dx + dy * dy);
         }
-    std::sort(hits.begin(), hits.end(), [](Hit const &a, Hit const &b) {
-        return a.distance2 != b.distance2 ? a.distance2 < b.distance2 : a.order < b.order;
-    });
-    std::vector<std::uint32_t> ids;
-    for (Hit const &h : hits)
-        if (std::find(ids.begin(), ids.end(), h.id) == ids.end())
-            ids.push_back(h.id);
+    std::uint32_t const nearest = tool.id != SLB_PickEngine::kNoId ? tool.id : drawing.id;
 
-    // Only the nearest hit gives a node: a tool's joint or handle painted over a drawing, or
-    // beside it within the radius, is what the user aimed at, and the drawing is not picked.
+    // A drawing gives a node; where the tool's joint or handle is the id found, that is what the
+    // user aimed at, and the drawing beneath or beside it is not picked.
     UT_SharedPtr<SLB_SelectableDescriptor> descriptor;
-    if (MO_Module *module = ids.empty() ? nullptr : moduleForPickId(ids.front()))
+    if (MO_Module *module = nearest == SLB_PickEngine::kNoId ? nullptr : moduleForPickId(nearest))
         descriptor = UT_MakeShared<SLB_ModuleDescriptorWithFrame>(module, static_cast<int>(d.frame()));
-    // Careful: the tool may change the scene or this view from oglScanHit; ids are copied above.
+    // Careful: the tool may change the scene or this view from oglScanHit.
     int handle = -1;
-    if (d.tool)
-        for (auto id = ids.rbegin(); id != ids.rend(); ++id)
-            handle = d.tool->oglScanHit(*id, commit);
+    if (d.tool && nearest != SLB_PickEngine::kNoId)
+        handle = d.tool->oglScanHit(nearest, commit);
     d.lastDescriptor = descriptor;
     d.lastHandle = handle;
     return descriptor;

@@ -74,7 +74,9 @@ QIcon WID_IconManager::icon(QString const &name) const
     if (file.isEmpty())
         return QIcon();
     QIcon const result(file);
-    return result.availableSizes().isEmpty() ? QIcon() : result;
+    // A bitmap lists its size; a vector icon (SVG) lists none and is tried by drawing it.
+    bool const readable = !result.availableSizes().isEmpty() || !result.pixmap(QSize(16, 16)).isNull();
+    return readable ? result : QIcon();
 }
 
 QIcon WID_IconManager::addBlendedIcon(QString const &name, QColor const &background) const

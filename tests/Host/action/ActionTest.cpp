@@ -1,6 +1,7 @@
 #include "action/AC_Manager.h"
 #include "action/AC_Responder.h"
 #include "action/AC_ShortcutManager.h"
+#include "preference/PR_Preference.h"
 
 #include <QDir>
 #include <QFile>
@@ -313,6 +314,22 @@ TEST_F(ShortcutFile, ALaterFileReplacesShortcutsOfTheSameId)
     ASSERT_NE(shortcuts.shortcut("RUN"), nullptr);
     EXPECT_EQ(shortcuts.shortcut("RUN")->responderIdentity, "Other");
     EXPECT_EQ(shortcuts.keyCode("PEG"), int(Qt::CTRL) + int(Qt::SHIFT) + int(Qt::Key_P));
+}
+
+TEST_F(ShortcutFile, AShortcutSwitchedByAPreferenceBindsOnlyWhileItIsTrueWhenASetIsApplied)
+{
+    AC_ShortcutManager shortcuts;
+    ASSERT_TRUE(shortcuts.loadShortcuts(write("switched.xml", R"xml(<shortcuts>
+      <shortcut id="FEATURE" slot="onActionFeature()" key="Alt+K" preference="TestFeatureOn"/>
+      <shortcut id="ALWAYS" slot="onActionAlways()" key="Alt+T"/>
+    </shortcuts>)xml")));
+    for (bool const on : {false, true, false}) {
+        tuPref->setBoolValue(QStringLiteral("TestFeatureOn"), on);
+        shortcuts.applyShortcutSet("Default");
+        EXPECT_EQ(shortcuts.keyCode("FEATURE"), on ? int(Qt::ALT) + int(Qt::Key_K) : 0) << on;
+        EXPECT_EQ(shortcuts.shortcutForKeyCode(int(Qt::ALT) + int(Qt::Key_K)), on ? "FEATURE" : "") << on;
+        EXPECT_EQ(shortcuts.keyCode("ALWAYS"), int(Qt::ALT) + int(Qt::Key_T)) << on;
+    }
 }
 
 TEST_F(ShortcutFile, ABadFileIsReportedByLineAndNothingOfItIsUsed)

@@ -206,6 +206,23 @@ TEST_F(Icons, AreFoundInSearchOrderWithTheThemedVariantFirst)
     EXPECT_EQ(icons.findIconFile("tools/pen.png"), lightPen);
 }
 
+TEST_F(Icons, AnSvgFileIsAnIconAndABrokenOneIsNot)
+{
+    QDir().mkpath(dir.filePath("vector"));
+    writeFile(dir.filePath("vector/square.svg"),
+              "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"22\" height=\"22\" viewBox=\"0 0 22 22\">"
+              "<rect x=\"4\" y=\"4\" width=\"14\" height=\"14\" fill=\"#000000\"/></svg>");
+    writeFile(dir.filePath("vector/broken.svg"), "not an image");
+    icons.addSearchDirectory(dir.filePath("vector"));
+    QIcon const icon = icons.icon("square.svg");
+    ASSERT_FALSE(icon.isNull());
+    QImage const drawn = icon.pixmap(QSize(22, 22)).toImage().convertToFormat(QImage::Format_ARGB32);
+    ASSERT_EQ(drawn.size(), QSize(22, 22));
+    EXPECT_EQ(drawn.pixel(11, 11), qRgba(0, 0, 0, 255));
+    EXPECT_EQ(qAlpha(drawn.pixel(1, 1)), 0);
+    EXPECT_TRUE(icons.icon("broken.svg").isNull());
+}
+
 TEST_F(Icons, ABlendedIconIsPaintedOverItsBackgroundColour)
 {
     image("blend/dot.png", qRgba(0, 0, 0, 0), qRgba(255, 0, 0, 128));

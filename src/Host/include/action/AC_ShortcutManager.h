@@ -10,7 +10,12 @@
 //               key="Alt+T">                        key: the binding of every set (optional)
 //       <key set="Compact" value="T"/>              another binding in the set "Compact"
 //     </shortcut>
+//     <shortcut id="NEW_IK_TOOL" ... key="Alt+K" preference="QV_HAS_NEW_IK_TOOL"/>
 //   </shortcuts>
+//
+// `preference` names a boolean preference (tuPref) that switches the shortcut's feature on: while
+// it is false when a set is applied, the shortcut binds no key, so a file shared by several
+// features binds the keys of those that are on only.
 //
 // Keys are written as QKeySequence portable text with one key combination ("Ctrl+Shift+K").
 // `responder` may be left out: the action then goes to the first responder. A file with an error
@@ -35,6 +40,7 @@ public:
         QString slot;
         QKeySequence key;                         // empty: no binding unless a set gives one
         std::map<QString, QKeySequence> setKeys;  // set name -> binding in that set
+        QString preference;                       // empty, or the boolean preference that must be true to bind
     };
 
     static QString const DefaultSetName;  // "Default", the set active at start
@@ -49,7 +55,7 @@ public:
     // The sets named in loaded files, and the default set.
     QStringList shortcutSetNames() const;
     // Makes `name` the active set and rebinds every shortcut to its key in that set, or to its
-    // key of every set. An empty name is refused.
+    // key of every set; a shortcut whose preference is false binds none. An empty name is refused.
     bool applyShortcutSet(QString const &name);
 
     // The shortcut of that id, or null.

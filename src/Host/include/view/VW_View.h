@@ -18,11 +18,12 @@
 // tool that maps points through canvasBinder() therefore follow them without knowing.
 //
 // Picking: the pick pass paints, on a pick canvas of the view's size, each drawing in the colour of
-// a picking id of its module, then the tool's own pick drawing. pick() reads the ids in a square of
-// kPickRadius pixels around the point, nearest first, and calls the tool's oglScanHit for each of
-// them, the farthest first and the nearest last, so that a tool which keeps only its latest hit
-// keeps the nearest. The result is the module of the nearest hit when that hit is a drawing (what
-// the tool paints near the point is what the user aimed at), else null.
+// a picking id of its module, then the tool's own pick drawing. pick() finds one id in the square of
+// kPickRadius pixels around the point: of the tool's ids the one under the point or else the
+// nearest, and only when the tool has none there, the drawing's (ties in reading order); it calls
+// the tool's oglScanHit once with it, so that a press is one hit however near other things lie.
+// The result is the module of that id when it is a drawing (what the tool paints near the point is
+// what the user aimed at), else null.
 #pragma once
 
 #include "graphic/VS_RGBA.h"

@@ -26,7 +26,7 @@ public:
     // The file of the icon `name`: an absolute name as it is, else the first match in the search
     // folders (the themed variant before the plain one in each folder); empty when none exists.
     QString findIconFile(QString const &name) const;
-    // The icon of that name; a null icon when the file is missing or unreadable.
+    // The icon of that name, bitmap or SVG; a null icon when the file is missing or unreadable.
     QIcon icon(QString const &name) const;
     // The icon painted over an opaque field of `background`, at the image's own size, so that it
     // shows the same on any widget. A null icon when the file is missing or unreadable.

@@ -8,6 +8,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <algorithm>
 #include <map>
 #include <type_traits>
 #include <utility>
@@ -168,6 +169,7 @@ public:
     virtual MO_Module *jointModule() const = 0;
     virtual void dump() const = 0;
     virtual void clearKeyframe(CO_CommandManager *manager) = 0;
+    virtual bool hasKeyframe() const = 0;  // the attribute holds a keyframe at the frame
 
     bool isValid() const { return valid_; }
 
@@ -247,6 +249,12 @@ public:
         std::unique_ptr<CO_Command> command = AT_KeyframeCmds::DeleteKeyframe(frame, frame, attr_);
         if (command && manager)
             manager->execute(std::move(command), QString());
+    }
+
+    bool hasKeyframe() const override
+    {
+        std::vector<int> const keys = attr_->keyframes();
+        return std::binary_search(keys.begin(), keys.end(), truncatedFrame());
     }
 
     MO_Module *module() const override { return target_; }
@@ -731,6 +739,14 @@ void ManipulatorSet::clearKeyframes(CO_CommandManager *manager)
     impl_->reattach();
     impl_->forEach([manager](ModuleManipulator &m) { m.clearKeyframe(manager); });
     impl_->startOver();
+}
+
+bool ManipulatorSet::hasKeyframes() const
+{
+    for (auto const &entry : impl_->manipulators)
+        if (entry.second->hasKeyframe())
+            return true;
+    return false;
 }
 
 void ManipulatorSet::dump() const

@@ -54,6 +54,8 @@ public:
     void commit(CO_CommandManager *manager);
     // Removes the keyframe at the frame from each manipulated attribute, then empties the set.
     void clearKeyframes(CO_CommandManager *manager);
+    // Whether some manipulated attribute holds a keyframe at the frame (what clearKeyframes removes).
+    bool hasKeyframes() const;
 
     // Debug print of each manipulator, in order, on standard output.
     void dump() const;

@@ -51,7 +51,33 @@ bool IKTool::Impl::canClearKeyframes()
     int from = 0;
     int to = 0;
     activeRange(from, to);
-    return IKToolSettings::canClearKeyframes(from, to, currentKey());
+    int const current = currentKey();
+    if (!IKToolSettings::canClearKeyframes(from, to, current))
+        return false;
+    // Careful: a gesture works on the records of the last redraw; asking now must not drop them.
+    if (pressed || state != Idle)
+        return true;
+    MO_Module *root = IKToolUtil::skeletonFromSelection();
+    if (!root || !currentSolver() || !IKToolUtil::commandManagerForModule(root))
+        return false;
+    bool const some = prepareClear(root, [&](int f) { return f == from || f == to || f == current; });
+    // The records as a redraw leaves them, without manipulators: the panel reads the skeleton next.
+    rebuildFrames();
+    return some;
+}
+
+bool IKTool::Impl::prepareClear(MO_Module *root, std::function<bool(int)> const &isProtected)
+{
+    rebuildFrames();
+    if (!buildManipulators(root)) {
+        clearFrames();
+        return false;
+    }
+    for (auto &[f, r] : frames)
+        if (!isProtected(f) && r.manipulators.isValid() && r.manipulators.hasKeyframes())
+            return true;
+    clearFrames();
+    return false;
 }
 
 int IKTool::Impl::currentKey() const
@@ -349,22 +375,9 @@ void IKTool::Impl::clearKeyframes()
     CO_CommandManager *manager = IKToolUtil::commandManagerForModule(root);
     if (!manager)
         return;
-    rebuildFrames();
-    resetSolvers();
-    setUpTasks();  // runs the activity selection for the present selection
-
-    // Joints that a drag would freeze keep their keyframes: the manipulators skip a joint without
-    // module.
-    for (auto &[f, r] : frames) {
-        if (isProtected(f))
-            continue;
-        for (SkeletonJointDef &joint : r.skeleton) {
-            TIK::IKJoint *j = r.solver->joint(joint.name.c_str());
-            if (j && j->activity == 0.0)
-                joint.module = UT_SharedWeakPtr<MO_Module>();
-        }
-    }
-    if (buildManipulators(root)) {
+    // Every attribute that a drag would key loses its keys, frozen joints' too: a drag writes a
+    // key on each of them, moved or not.
+    if (prepareClear(root, isProtected)) {
         CO_CommandAccumScope scope(manager, QStringLiteral("IK Clear All Affected Keyframes"));
         for (auto &[f, r] : frames)
             if (!isProtected(f) && r.manipulators.isValid())

@@ -18,6 +18,7 @@
 #include "skeleton/SkeletonDef.h"
 #include "solver/IKSolver.h"
 
+#include <functional>
 #include <map>
 
 class VU_Painter;
@@ -88,8 +89,14 @@ struct IKTool::Impl : public IKToolSettings::SelectionJointSource {
     void selectedJoints(std::set<int> &out) override;
     double currentFrame() override;
     SkeletonDef &skeleton() override;
+    // The clear removes the keys of every attribute that a drag with this selection would key, at
+    // the frames of the range but its ends and the current frame. It is offered only where it
+    // would remove one: it never does nothing.
     bool canClearKeyframes() override;
     void clearKeyframes() override;
+    // Builds the records and their manipulators as a drag would; gives false, with the records
+    // dropped, when there is nothing to clear. `isProtected` tells the frames whose keys stay.
+    bool prepareClear(MO_Module *root, std::function<bool(int)> const &isProtected);
 
     // The view's frame cut to an integer.
     int currentKey() const;

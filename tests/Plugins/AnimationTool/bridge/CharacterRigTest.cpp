@@ -1,6 +1,9 @@
 // The rigged character shipped in examples/scenes/character-rig.xml is the character example with
 // the skeleton an animator marks in setup mode: the body peg is the root, and every peg of the
-// trunk and the arms and every bone of the legs is a joint; the drawings are not. The test marks
+// trunk and the arms and every bone of the legs is a joint; the drawings are not. It is ready to
+// pose: the shoulders are blockers (a drag of a hand bends that arm only) and the ankles and the
+// balls of the feet hold their positions at gain 100 (a drag of the body leaves the feet planted;
+// tests/App/scripts/ik-ready-rig.txt checks both). The test marks
 // that rig on character.xml and compares the written scene with the shipped file byte for byte, so
 // that the example follows the file format. Run with ANIM_UPDATE_REFERENCES=1 to write the
 // example anew after a deliberate change.
@@ -50,6 +53,30 @@ TEST(CharacterRig, TheShippedRigIsTheCharacterWithItsPegsAndLegBonesMarked)
             ASSERT_TRUE(module) << name;
             IKToolUtil::setParticipation(manager, module, true);
         }
+    }
+
+    using Field = AT_Attr *(*)(JointAttr &);
+    Field const blocker = [](JointAttr &a) -> AT_Attr * { return a.isBlocker(); };
+    Field const hold = [](JointAttr &a) -> AT_Attr * { return a.holdPositionAttr(); };
+    Field const gain = [](JointAttr &a) -> AT_Attr * { return a.holdPositionGainAttr(); };
+    struct Constraint {
+        char const *joint;
+        Field field;
+        char const *value;
+    };
+    Constraint const constraints[] = {
+        {"LShoulder-P", blocker, "true"}, {"RShoulder-P", blocker, "true"},
+        {"LFoot", hold, "true"},          {"LFoot", gain, "100"},
+        {"LToe", hold, "true"},           {"LToe", gain, "100"},
+        {"RFoot", hold, "true"},          {"RFoot", gain, "100"},
+        {"RToe", hold, "true"},           {"RToe", gain, "100"},
+    };
+    for (Constraint const &c : constraints) {
+        JointAttr *attr = IKToolUtil::jointAttrForModule(moduleNamed(*session.scene(), c.joint));
+        ASSERT_TRUE(attr) << c.joint;
+        std::unique_ptr<CO_Command> command = c.field(*attr)->setTextValue(0.0, QLatin1String(c.value));
+        ASSERT_TRUE(command) << c.joint << " " << c.value;
+        manager->execute(std::move(command), QString());
     }
 
     // The skeleton of the root holds the root and those joints, each once, and nothing else but

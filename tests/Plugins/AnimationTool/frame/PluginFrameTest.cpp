@@ -77,6 +77,21 @@ TEST(PluginFrame, ApplicationIdentitiesDecideTheShiftAndTracePolishOnly)
     }
 }
 
+// The shortcut file is shared with the Shift and Trace tool, which loads it in the applications of
+// identities 2 and 3: the IK tool's key binds, and selects the tool, only with the tool switched on.
+TEST(PluginFrame, AltKSelectsTheIKToolOnlyWhenThePreferenceSwitchesItOn)
+{
+    for (char const *identity : {"1", "2", "3"})
+        for (bool const on : {false, true}) {
+            Report r = probe({"--ik", on ? "on" : "off", "--identity", identity});
+            std::string const where = std::string("identity ") + identity + (on ? ", on" : ", off");
+            EXPECT_EQ(r["shortcut_NEW_IK_TOOL"] != "0", on) << where;
+            EXPECT_EQ(r["current_tool_after_alt_k"], on ? "2103" : "0") << where;
+            // The Shift and Trace tool's own keys bind wherever its polish ran.
+            EXPECT_EQ(r["shortcut_SHIFT_AND_TRACE_TOOL"] != "0", on || std::string(identity) != "1") << where;
+        }
+}
+
 TEST(PluginFrame, UnpolishActsOnlyAfterAPolishAndOnlyOnce)
 {
     // Opened without the loader: no entry point has run. An unpolish then does nothing.

@@ -116,6 +116,7 @@ int main(int argc, char **argv)
     report("menus", menusOf(menus));
     report("toolbars", toolbars.toolbarNames().join(QLatin1Char(';')));
     report("shortcut_NEW_IK_TOOL", QString::number(actions.shortcutKeyCode(QStringLiteral("NEW_IK_TOOL"))));
+    report("shortcut_SHIFT_AND_TRACE_TOOL", QString::number(actions.shortcutKeyCode(QStringLiteral("SHIFT_AND_TRACE_TOOL"))));
     report("image_folders", QString::number(actions.imageFolders().size()));
     report("icon_folders", QString::number(WID_IconManager::instance().searchDirectories().size()));
     report("panel_factories", QString::number(TP_ToolPropertiesPanelFactory::panelFactoryCount()));
@@ -126,6 +127,10 @@ int main(int argc, char **argv)
     report("responders", QStringLiteral("%1;%2")
                              .arg(actions.responder(QStringLiteral("IKToolResponder")) ? 1 : 0)
                              .arg(actions.responder(QStringLiteral("ShiftAndTraceToolResponder")) ? 1 : 0));
+
+    // Alt+K as the window hands it to the action manager: the tool it made current, if any.
+    actions.handleShortcut(int(Qt::AltModifier) | Qt::Key_K);
+    report("current_tool_after_alt_k", QString::number(CX_Context::GetInstance().currentToolId()));
 
     // The IK tool's action selects the tool under its identifier, registered or not.
     actions.trigger(QStringLiteral("IKToolResponder"), QStringLiteral("onActionSelectNewIKTool()"));

@@ -24,6 +24,8 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -565,6 +567,12 @@ struct MissingWidget {
     char const *flags;
 };
 
+// Shown in test listings and failures: the widget left out of the form.
+void PrintTo(MissingWidget const &missing, std::ostream *out)
+{
+    *out << "without " << missing.name;
+}
+
 class IKToolPanelForm : public ::testing::TestWithParam<MissingWidget> {};
 
 TEST_P(IKToolPanelForm, AFormWithoutOneOfTheWidgetsLeavesThePanelUnconnected)
@@ -631,4 +639,5 @@ INSTANTIATE_TEST_SUITE_P(OneOfEachGroup, IKToolPanelForm,
                                            MissingWidget{"enableRootTranslationGain", "1 0 1"},
                                            MissingWidget{"enableShadowPosing", "1 0 1"},
                                            MissingWidget{"interpolationGroup", "0 1 1"},
-                                           MissingWidget{"selectJointsInformation", "0 1 1"}));
+                                           MissingWidget{"selectJointsInformation", "0 1 1"}),
+                         [](::testing::TestParamInfo<MissingWidget> const &info) { return std::string(info.param.name); });
