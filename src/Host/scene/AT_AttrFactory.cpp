@@ -1,6 +1,7 @@
 #include "scene/AT_AttrFactory.h"
 
 #include "scene/AT_Attr.h"
+#include "scene/AT_ShiftAndTraceUtil.h"
 #include "scene/AT_ValueAttr.h"
 
 #include <map>
@@ -24,6 +25,7 @@ void forEachHostKind(F &&f)
     f(static_cast<AT_GroupAttr *>(nullptr));
     f(static_cast<AT_DynGroupAttr *>(nullptr));
     f(static_cast<AT_DynAttr *>(nullptr));
+    f(static_cast<AT_ShiftAndTraceUtil::ShiftAndTraceAttr *>(nullptr));
 }
 
 }  // namespace
