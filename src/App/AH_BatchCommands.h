@@ -88,6 +88,7 @@ AH_BatchCommandList const &AH_BatchCommandTable();
 void AH_AddFileCommands(AH_BatchCommandList &table);     // open, save, render, print, pref
 void AH_AddGestureCommands(AH_BatchCommandList &table);  // select, frame, tool, view, press, move, release, key, undo, redo, set, action, widget
 void AH_AddCheckCommands(AH_BatchCommandList &table);    // expect-*
+void AH_AddShiftAndTraceCommands(AH_BatchCommandList &table);  // shift, set-shift, expect-shift, expect-crosshairs, key-down, key-up
 
 // Reading words, the same before and while a script runs.
 namespace AH_BatchWords {

@@ -64,6 +64,7 @@ AH_Workspace::AH_Workspace(TUSceneChangeManager *changes, QObject *parent) : QOb
     d_->view = std::make_unique<VW_View>(nullptr);
     install(std::make_unique<SC_Session>(std::make_unique<TUScene>(), d_->changes), QString());
     phone(&CX_Context::GetInstance());
+    PLUG_Services::setInteractiveViewManager(this);
     d_->view->setToolId(CX_Context::GetInstance().currentToolId());
 }
 
@@ -76,6 +77,8 @@ AH_Workspace::~AH_Workspace()
     PLUG_Services::setSelection(nullptr);
     PLUG_Services::setCurrentFrameInterface(nullptr);
     PLUG_Services::setEditionStackInterface(nullptr);
+    if (PLUG_Services::getInteractiveViewManager() == this)
+        PLUG_Services::setInteractiveViewManager(nullptr);
 }
 
 void AH_Workspace::install(std::unique_ptr<SC_Session> session, QString const &path)
@@ -95,6 +98,12 @@ void AH_Workspace::install(std::unique_ptr<SC_Session> session, QString const &p
     d_->changes->emitSceneChanged();
     emit sessionChanged();
     emit documentChanged();
+}
+
+void AH_Workspace::redrawViewsAtFrame(int frame)
+{
+    if (static_cast<int>(d_->session->currentFrame()) == frame)
+        d_->view->requestRedraw();
 }
 
 SC_Session *AH_Workspace::session() const
