@@ -17,7 +17,7 @@
 
 namespace {
 
-QString const kScenes = QStringLiteral(ANIM_SOURCE_DIR "/tests/App/scenes");
+QString const kScenes = QStringLiteral(ANIM_SOURCE_DIR "/tests/scenes");
 
 QByteArray readAll(QString const &path)
 {

@@ -22,33 +22,13 @@ using namespace AT_ShiftAndTraceUtil;
 
 namespace {
 
-// "Dot" stands at (6, 4) field units = (0.5, 0.25) OGL. Its drawing "a" is a green square of half
-// side 0.02 around (0.2, 0.05) in its own OGL space.
-QByteArray const kDotScene = R"(<?xml version="1.0" encoding="UTF-8"?>
-<scene version="1">
- <metrics fieldToOglX="0.08333333333333333" fieldToOglY="0.0625"/>
- <group name="Top">
-  <node type="READ" name="Dot">
-   <attrs>
-    <position x="6" y="4" z="0"/>
-   </attrs>
-   <drawings>
-    <drawing name="a">
-     <polygon points="0.18,0.03 0.22,0.03 0.22,0.07 0.18,0.07" stroke="#ff00c000" fill="#ff00c000" thickness="0"/>
-    </drawing>
-   </drawings>
-   <timing>
-    <exposure frame="1" drawing="a"/>
-   </timing>
-  </node>
- </group>
- <links/>
-</scene>
-)";
+// "Hand" stands at (6, 4) field units = (0.5, 0.25) OGL. Its drawing "1", exposed from frame 1, is a
+// green square of half side 0.02 around (0.2, 0.05) in its own OGL space.
+QString const kScene = QStringLiteral(ANIM_TEST_SCENES_DIR "/two-drawings.xml");
 
 constexpr int kWidth = 201, kHeight = 151;
 QColor const kGreen(0, 192, 0);
-CA_CelKey const kKey(QStringLiteral("Dot"), QStringLiteral("a"));
+CA_CelKey const kKey(QStringLiteral("Hand"), QStringLiteral("1"));
 
 // The pixel of a scene point in the view: k = min(W / 2, H / 1.5) pixels per OGL unit, y up.
 QPoint pixelOf(double x, double y)
@@ -118,7 +98,7 @@ class SelectedDrawing : public ShiftAndTraceAbstractSelection {
 public:
     bool isSelected(MO_ElementModule *module, CA_CelKey const &key) override
     {
-        return module && module->instanceName() == QLatin1String("Dot") && key == kKey;
+        return module && module->instanceName() == QLatin1String("Hand") && key == kKey;
     }
 };
 
@@ -127,13 +107,13 @@ protected:
     void SetUp() override
     {
         QString error;
-        std::unique_ptr<TUScene> scene = TUSceneFile::read(kDotScene, QStringLiteral("dot.xml"), &error);
+        std::unique_ptr<TUScene> scene = TUSceneFile::readFile(kScene, &error);
         ASSERT_TRUE(scene) << error.toStdString();
         session = std::make_unique<SC_Session>(std::move(scene));
         view = std::make_unique<VW_View>(session.get());
         view->resize(kWidth, kHeight);
-        dot = dynamic_cast<MO_ElementModule *>(session->scene()->getRootGroup()->findNode(QStringLiteral("Dot")));
-        ASSERT_TRUE(dot);
+        hand = dynamic_cast<MO_ElementModule *>(session->scene()->getRootGroup()->findNode(QStringLiteral("Hand")));
+        ASSERT_TRUE(hand);
         setShiftAndTraceEnabled(true);
         setShiftAndTraceShowPegs(true);
         setShiftAndTraceShowPegsIfSelected(false);
@@ -158,12 +138,12 @@ protected:
         d.scaleX = d.scaleY = s;
         d.positionX = qx;
         d.positionY = qy;
-        ASSERT_TRUE(addShiftAndTrace(dot)->setPositionFor(kKey, d));
+        ASSERT_TRUE(addShiftAndTrace(hand)->setPositionFor(kKey, d));
     }
 
     std::unique_ptr<SC_Session> session;
     std::unique_ptr<VW_View> view;
-    MO_ElementModule *dot = nullptr;
+    MO_ElementModule *hand = nullptr;
 };
 
 // Rotation 30 degrees about the pivot (1.2, 0.8) field = (0.1, 0.05) OGL, scale 2, position
@@ -195,7 +175,7 @@ TEST_F(ShiftAndTraceView, ThePickPassFollowsTheShift)
     QPoint const shifted = pixelOf(0.523205, 0.525);
     auto const *hit = dynamic_cast<SLB_ModuleDescriptor *>(view->pick(UT_Point(shifted.x(), shifted.y()), true, 0).get());
     ASSERT_TRUE(hit);
-    EXPECT_EQ(hit->module(), dot);
+    EXPECT_EQ(hit->module(), hand);
 
     setShiftAndTraceEnabled(false);
     EXPECT_EQ(view->pick(UT_Point(shifted.x(), shifted.y()), true, 0), nullptr);
@@ -228,7 +208,7 @@ TEST_F(ShiftAndTraceView, APegOfEachPlaceIsPickedWithItsModuleDrawingAndFrame)
         ASSERT_FALSE(ScanRecorder::last->ids.empty()) << "place " << place.position;
         unsigned int const nearest = ScanRecorder::last->ids.back();  // handed over last
         ASSERT_EQ(generator.pegs.count(nearest), 1u) << "place " << place.position;
-        EXPECT_EQ(std::get<0>(generator.pegs[nearest]), dot);
+        EXPECT_EQ(std::get<0>(generator.pegs[nearest]), hand);
         EXPECT_EQ(std::get<1>(generator.pegs[nearest]), kKey);
         EXPECT_EQ(std::get<2>(generator.pegs[nearest]), 3);
 
