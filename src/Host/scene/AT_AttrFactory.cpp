@@ -113,6 +113,11 @@ AT_AttrMetaFactorySingleton::AT_AttrMetaFactorySingleton() : d_(std::make_unique
         using A = std::remove_pointer_t<decltype(kind)>;
         registerClass(A::TypeString(), [] { return std::make_unique<AT_AttrMetaContainer>(); });
     });
+    // Display shifts are the tools' business, not an attribute editor's.
+    registerClass(AT_ShiftAndTraceUtil::ShiftAndTraceAttr::TypeString(), [] {
+        return std::make_unique<AT_AttrMetaContainer>(AT_ShiftAndTraceUtil::ShiftAndTraceAttr::Keyword(),
+                                                      QStringLiteral("Shift and Trace"), AT_AttrMetaContainer::Hidden);
+    });
 }
 AT_AttrMetaFactorySingleton::~AT_AttrMetaFactorySingleton() = default;
 

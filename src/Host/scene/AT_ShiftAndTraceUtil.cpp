@@ -2,6 +2,7 @@
 
 #include "command/CO_CommandManager.h"
 #include "scene/AT_AttrCmds.h"
+#include "scene/AT_AttrFactory.h"
 #include "scene/MO_Module.h"
 #include "scene/PIO_XML.h"
 #include "scene/SC_SceneMetrics.h"
@@ -60,6 +61,12 @@ public:
     {
         if (own_.isEmpty()) {
             own_ = name;
+            // Look-ups find the shifts of a drawing element under one name only.
+            if (name != ShiftAndTraceAttr::Keyword())
+                return errorHandler(ctx, QStringLiteral("expected the type %1 on <%2> only, found it on <%3>")
+                                             .arg(ShiftAndTraceAttr::TypeString(), ShiftAndTraceAttr::Keyword(), name));
+            if (!dynamic_cast<MO_ElementModule *>(attr_->node()))
+                return errorHandler(ctx, QStringLiteral("expected <%1> on a drawing element only").arg(name));
             return shared_from_this();
         }
         if (name != QLatin1String("shift") || inShift_)
@@ -383,7 +390,7 @@ ShiftAndTraceAttr *addShiftAndTrace(MO_ElementModule *module)
             attr->restoreState(ShiftState(false, ShiftMap()));
         return attr;
     }
-    AT_AttrMeta const meta(ShiftAndTraceAttr::Keyword(), QStringLiteral("Shift and Trace"), AT_AttrMetaContainer::Hidden);
+    AT_AttrMeta const meta = AT_AttrMetaFactorySingleton::instance().meta(ShiftAndTraceAttr::TypeString());
     return static_cast<ShiftAndTraceAttr *>(module->addDynamicAttr(std::make_unique<ShiftAndTraceAttr>(module, meta)));
 }
 

@@ -95,6 +95,9 @@ TEST_F(ShiftStorage, ShiftsOnTwoDrawingsRoundTripByteForByte)
     ShiftAndTraceAttr *readAttr = shiftAndTraceFor(readHand);
     ASSERT_NE(readAttr, nullptr);
     EXPECT_EQ(readAttr->positionFor(kSecond), shift(-12.5, 0, 0, 1, 0.5, -4, 1e-7));
+    // Read or made, the attribute is hidden from attribute editors.
+    EXPECT_TRUE(readAttr->meta().hasFlag(AT_AttrMetaContainer::Hidden));
+    EXPECT_TRUE(attr->meta().hasFlag(AT_AttrMetaContainer::Hidden));
     EXPECT_EQ(TUSceneFile::write(*again).toStdString(), written.toStdString());
 }
 
@@ -206,6 +209,23 @@ INSTANTIATE_TEST_SUITE_P(
                       RefusedShift{"KeyWithoutDrawing", CA_CelKey(QStringLiteral("Hand"), QString()), PositionData()}),
     [](::testing::TestParamInfo<RefusedShift> const &info) { return std::string(info.param.name); });
 
+TEST(ShiftAndTraceFile, TheAttributeIsReadUnderItsOwnNameOnDrawingElementsOnly)
+{
+    QByteArray renamed = kHandScene;
+    renamed.replace("    <CAN_ANIMATE value=\"true\"/>\n",
+                    "    <CAN_ANIMATE value=\"true\"/>\n    <shifts type=\"SHIFT_AND_TRACE\"/>\n");
+    QString error;
+    EXPECT_EQ(TUSceneFile::read(renamed, QStringLiteral("bad.xml"), &error), nullptr);
+    EXPECT_EQ(error.toStdString(), "bad.xml:13: expected the type SHIFT_AND_TRACE on <shiftAndTrace> only, found it on <shifts>");
+
+    QByteArray onPeg = kHandScene;
+    onPeg.replace("  <node type=\"READ\" name=\"Hand\">",
+                  "  <node type=\"PEG\" name=\"Peg\">\n   <attrs>\n    <shiftAndTrace type=\"SHIFT_AND_TRACE\"/>\n   </attrs>\n  </node>\n"
+                  "  <node type=\"READ\" name=\"Hand\">");
+    EXPECT_EQ(TUSceneFile::read(onPeg, QStringLiteral("bad.xml"), &error), nullptr);
+    EXPECT_EQ(error.toStdString(), "bad.xml:7: expected <shiftAndTrace> on a drawing element only");
+}
+
 TEST(ShiftAndTraceFile, BadShiftElementsAreRefusedWithTheirLine)
 {
     struct Case {
@@ -228,6 +248,7 @@ TEST(ShiftAndTraceFile, BadShiftElementsAreRefusedWithTheirLine)
     };
     for (Case const &c : cases) {
         QByteArray file = kHandScene;
+        ASSERT_NE(file.indexOf("    <CAN_ANIMATE value=\"true\"/>\n"), -1);
         file.replace("    <CAN_ANIMATE value=\"true\"/>\n",
                      QByteArray("    <CAN_ANIMATE value=\"true\"/>\n    <shiftAndTrace type=\"SHIFT_AND_TRACE\">\n     ") +
                          c.shiftLine + "\n    </shiftAndTrace>\n");
