@@ -3,6 +3,7 @@
 #include "command/CO_CommandManager.h"
 #include "plugin/PLUG_Services.h"
 #include "scene/AT_Attr.h"
+#include "scene/AT_ShiftAndTraceUtil.h"
 #include "scene/TUScene.h"
 #include "scene/TUSceneFile.h"
 #include "session/SC_Session.h"
@@ -65,6 +66,11 @@ AH_Workspace::AH_Workspace(TUSceneChangeManager *changes, QObject *parent) : QOb
     install(std::make_unique<SC_Session>(std::make_unique<TUScene>(), d_->changes), QString());
     phone(&CX_Context::GetInstance());
     PLUG_Services::setInteractiveViewManager(this);
+    // Drawings are drawn through their shifts only while Shift and Trace is on.
+    VW_View *view = d_->view.get();
+    connect(AT_ShiftAndTraceUtil::ShiftAndTraceStateManager::instance(),
+            &AT_ShiftAndTraceUtil::ShiftAndTraceStateManager::onShiftAndTraceEnabledChanged, view,
+            [view] { view->requestRedraw(); });
     d_->view->setToolId(CX_Context::GetInstance().currentToolId());
 }
 

@@ -128,6 +128,18 @@ TEST_F(ShiftAndTraceBatch, TheWorkspaceRedrawsItsViewForItsOwnFrameOnly)
     EXPECT_EQ(redraws, 1);
 }
 
+TEST_F(ShiftAndTraceBatch, SwitchingShiftAndTraceRedrawsTheView)
+{
+    int redraws = 0;
+    QObject::connect(workspace.view(), &VW_View::redrawRequested, [&redraws] { ++redraws; });
+    AT_ShiftAndTraceUtil::setShiftAndTraceEnabled(true);
+    EXPECT_EQ(redraws, 1);
+    AT_ShiftAndTraceUtil::setShiftAndTraceEnabled(true);  // no change, no redraw
+    EXPECT_EQ(redraws, 1);
+    AT_ShiftAndTraceUtil::setShiftAndTraceEnabled(false);
+    EXPECT_EQ(redraws, 2);
+}
+
 TEST(ShiftAndTraceWorkspace, AWorkspaceThatGoesAwayWithdrawsItselfAsTheViewManager)
 {
     {
