@@ -96,6 +96,7 @@ void AH_AddCheckCommands(AH_BatchCommandList &table);    // expect-*
 void AH_AddViewCommands(AH_BatchCommandList &table);     // zoom, pan, fit, reset-view, length, rate, expect-zoom
 void AH_AddPanelStateCommands(AH_BatchCommandList &table);  // expect-enabled
 void AH_AddStillnessCommands(AH_BatchCommandList &table);   // remember, expect-unchanged, expect-unmoved, expect-moved
+void AH_AddShiftAndTraceCommands(AH_BatchCommandList &table);  // shift, set-shift, expect-shift, expect-crosshairs, key-down, key-up
 
 // Reading words, the same before and while a script runs.
 namespace AH_BatchWords {

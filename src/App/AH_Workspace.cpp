@@ -3,6 +3,7 @@
 #include "command/CO_CommandManager.h"
 #include "plugin/PLUG_Services.h"
 #include "scene/AT_Attr.h"
+#include "scene/AT_ShiftAndTraceUtil.h"
 #include "scene/TUScene.h"
 #include "scene/TUSceneFile.h"
 #include "session/SC_Session.h"
@@ -87,6 +88,12 @@ AH_Workspace::AH_Workspace(TUSceneChangeManager *changes, QObject *parent) : QOb
     d_->view = std::make_unique<VW_View>(nullptr);
     install(std::make_unique<SC_Session>(std::make_unique<TUScene>(), d_->changes), QString());
     phone(&CX_Context::GetInstance());
+    PLUG_Services::setInteractiveViewManager(this);
+    // Drawings are drawn through their shifts only while Shift and Trace is on.
+    VW_View *view = d_->view.get();
+    connect(AT_ShiftAndTraceUtil::ShiftAndTraceStateManager::instance(),
+            &AT_ShiftAndTraceUtil::ShiftAndTraceStateManager::onShiftAndTraceEnabledChanged, view,
+            [view] { view->requestRedraw(); });
     d_->view->setToolId(CX_Context::GetInstance().currentToolId());
     // An undone length may leave the current frame beyond the scene's last one.
     connect(this, &AH_Workspace::documentChanged, this, [this] {
@@ -104,6 +111,8 @@ AH_Workspace::~AH_Workspace()
     PLUG_Services::setSelection(nullptr);
     PLUG_Services::setCurrentFrameInterface(nullptr);
     PLUG_Services::setEditionStackInterface(nullptr);
+    if (PLUG_Services::getInteractiveViewManager() == this)
+        PLUG_Services::setInteractiveViewManager(nullptr);
 }
 
 void AH_Workspace::install(std::unique_ptr<SC_Session> session, QString const &path)
@@ -123,6 +132,12 @@ void AH_Workspace::install(std::unique_ptr<SC_Session> session, QString const &p
     d_->changes->emitSceneChanged();
     emit sessionChanged();
     emit documentChanged();
+}
+
+void AH_Workspace::redrawViewsAtFrame(int frame)
+{
+    if (static_cast<int>(d_->session->currentFrame()) == frame)
+        d_->view->requestRedraw();
 }
 
 SC_Session *AH_Workspace::session() const

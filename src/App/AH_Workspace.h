@@ -10,6 +10,7 @@
 #pragma once
 
 #include "base/TUTeller.h"
+#include "plugin/PLUG_InteractiveViewManager.h"
 #include "tool/CX_Context.h"
 
 #include <QObject>
@@ -25,7 +26,7 @@ class SC_Session;
 class TUSceneChangeManager;
 class VW_View;
 
-class AH_Workspace : public QObject, public TUListener {
+class AH_Workspace : public QObject, public TUListener, public PLUG_InteractiveViewManager {
     Q_OBJECT
 public:
     explicit AH_Workspace(QObject *parent = nullptr);
@@ -81,6 +82,9 @@ public:
 
     bool undo();
     bool redo();
+
+    // PLUG_InteractiveViewManager: the one view redraws when it shows that frame.
+    void redrawViewsAtFrame(int frame) override;
 
 signals:
     // A new scene was opened (the session object changed).

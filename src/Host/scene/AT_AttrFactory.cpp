@@ -1,6 +1,7 @@
 #include "scene/AT_AttrFactory.h"
 
 #include "scene/AT_Attr.h"
+#include "scene/AT_ShiftAndTraceUtil.h"
 #include "scene/AT_ValueAttr.h"
 
 #include <map>
@@ -24,6 +25,7 @@ void forEachHostKind(F &&f)
     f(static_cast<AT_GroupAttr *>(nullptr));
     f(static_cast<AT_DynGroupAttr *>(nullptr));
     f(static_cast<AT_DynAttr *>(nullptr));
+    f(static_cast<AT_ShiftAndTraceUtil::ShiftAndTraceAttr *>(nullptr));
 }
 
 }  // namespace
@@ -110,6 +112,11 @@ AT_AttrMetaFactorySingleton::AT_AttrMetaFactorySingleton() : d_(std::make_unique
     forEachHostKind([this](auto *kind) {
         using A = std::remove_pointer_t<decltype(kind)>;
         registerClass(A::TypeString(), [] { return std::make_unique<AT_AttrMetaContainer>(); });
+    });
+    // Display shifts are the tools' business, not an attribute editor's.
+    registerClass(AT_ShiftAndTraceUtil::ShiftAndTraceAttr::TypeString(), [] {
+        return std::make_unique<AT_AttrMetaContainer>(AT_ShiftAndTraceUtil::ShiftAndTraceAttr::Keyword(),
+                                                      QStringLiteral("Shift and Trace"), AT_AttrMetaContainer::Hidden);
     });
 }
 AT_AttrMetaFactorySingleton::~AT_AttrMetaFactorySingleton() = default;

@@ -1,9 +1,12 @@
 #include "view/VW_View.h"
 
+#include "VW_ShiftAndTraceOverlay.h"
+
 #include "graphic/CC_CameraChainTransformCanvasBinder.h"
 #include "graphic/GR_StylusPoint.h"
 #include "graphic/VS_Canvas.h"
 #include "graphic/VU_Painter.h"
+#include "scene/AT_ShiftAndTraceUtil.h"
 #include "scene/MO_Module.h"
 #include "scene/MO_ModuleVisitor.h"
 #include "scene/TUScene.h"
@@ -196,6 +199,21 @@ struct VW_View::Impl {
         return collector;
     }
 
+    // Pegs over all drawings (pickable), and in the visible pass the cross-hairs.
+    void drawShiftAndTraceOverlay(VU_Painter &painter, std::vector<MO_ElementModule *> const &elements, bool pickMode)
+    {
+        double const f = frame();
+        for (MO_ElementModule *element : elements) {
+            OC_DrawingPtr const drawing = element->oglDrawing(f);
+            if (!drawing.isDrawing())
+                continue;
+            Math::Matrix4x4 const model = worldMatrix(*element, f);
+            VW_ShiftAndTraceOverlay::drawPegs(painter, binder, *element, drawing->celKey(), static_cast<int>(f), model, pickMode);
+            if (!pickMode)
+                VW_ShiftAndTraceOverlay::drawCrossHairs(painter, binder, *element, drawing->celKey(), model);
+        }
+    }
+
     void drawSelectionMarkers(VU_Painter &painter, std::vector<MO_Module *> const &modules)
     {
         double const f = frame();
@@ -215,6 +233,8 @@ struct VW_View::Impl {
             }
             if (auto *element = dynamic_cast<MO_ElementModule *>(m)) {
                 OC_DrawingPtr const drawing = element->oglDrawing(f);
+                if (drawing.isDrawing())
+                    binder.setModelMatrix(AT_ShiftAndTraceUtil::displayModelMatrix(*element, drawing->celKey(), binder.modelMatrix()));
                 if (drawing.isDrawing() && !drawing->bounds().isEmpty()) {
                     Math::Box2d const &b = drawing->bounds();
                     painter.drawPolyline({b.min(), Math::Point2d(b.max().x, b.min().y), b.max(),
@@ -313,9 +333,10 @@ QImage const &VW_View::render()
         if (!drawing.isDrawing())
             continue;
         CC_CameraChainTransformCanvasBinder::Scope scope(d.binder);
-        d.binder.setModelMatrix(worldMatrix(*element, f));
+        d.binder.setModelMatrix(AT_ShiftAndTraceUtil::displayModelMatrix(*element, drawing->celKey(), worldMatrix(*element, f)));
         paintDrawing(painter, *drawing.drawing(), nullptr);
     }
+    d.drawShiftAndTraceOverlay(painter, all.elements, false);
     d.drawSelectionMarkers(painter, all.modules);
     if (d.tool) {
         CC_CameraChainTransformCanvasBinder::Scope scope(d.binder);
@@ -367,9 +388,10 @@ UT_SharedPtr<SLB_SelectableDescriptor> VW_View::pick(UT_Point const &point, bool
             d.pickModules[id] = UT_SharedWeakPtr<MO_Module>(static_cast<MO_Module *>(element));
             VS_RGBA const color = SLB_PickEngine::idToColor(id);
             CC_CameraChainTransformCanvasBinder::Scope scope(d.binder);
-            d.binder.setModelMatrix(worldMatrix(*element, f));
+            d.binder.setModelMatrix(AT_ShiftAndTraceUtil::displayModelMatrix(*element, drawing->celKey(), worldMatrix(*element, f)));
             paintDrawing(painter, *drawing.drawing(), &color);
         }
+        d.drawShiftAndTraceOverlay(painter, all.elements, true);
         if (d.tool) {
             CC_CameraChainTransformCanvasBinder::Scope scope(d.binder);
             d.tool->draw(TO_AbstractTool::PickingMode);

@@ -1,7 +1,7 @@
 // Factories of attributes and metas keyed by type name, for dynamic attributes: a scene file or a
 // tu_node::CreateAttrCmd names a type, the factory makes the attribute. The host's own kinds
 // ("BOOL", "INT", "DOUBLE", "STRING", "POSITION_2D", "POSITION_3D", "ROTATION_3D", "GROUP",
-// "DYN_GROUP", "DYN_ATTR") are registered when a factory is first used; plug-ins register theirs
+// "DYN_GROUP", "DYN_ATTR", "SHIFT_AND_TRACE") are registered when a factory is first used; plug-ins register theirs
 // at load. Asking for a type name nobody registered throws not_registered.
 #pragma once
 

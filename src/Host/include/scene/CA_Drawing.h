@@ -13,6 +13,7 @@
 #include <vector>
 
 class CC_Transformation;
+class MO_OGLContext;
 
 // The identity of one drawing of one element: the element's name and the drawing's name.
 class CA_CelKey {
@@ -73,6 +74,11 @@ public:
     Math::Box2d const &bounds() const { return bounds_; }
     // The box of all shape points carried through matrix(true) of `transformation`.
     Math::Box3d boundingBox(CC_Transformation const &transformation) const;
+
+    // Paints the drawing on the context's binder, under its current matrices: as it is, or in
+    // the outline mode of context.internal(), every shape's outline in the outline colour and
+    // thickness, unfilled. Nothing without a binder.
+    void draw(MO_OGLContext &context) const;
 
 private:
     CA_CelKey key_;
