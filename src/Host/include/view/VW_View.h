@@ -12,6 +12,10 @@
 // as view matrix, an orthographic projection that fits the field (-1 to 1 OGL units across, -0.75
 // to 0.75 up) into the view; selected modules get a marker; last the current tool draws.
 //
+// Onion skin (off at first) paints, before the current drawings, the drawings of each element's
+// neighbouring exposures, faded and tinted (VW_OnionSkin.h). The drawing view (kind 1) shows only
+// the selected element, in its drawing's own space.
+//
 // Picking: the pick pass paints, on a pick canvas of the view's size, each drawing in the colour of
 // a picking id of its module, then the tool's own pick drawing. pick() reads the ids in a square of
 // kPickRadius pixels around the point, nearest first, and calls the tool's oglScanHit for each of
@@ -38,6 +42,7 @@ class TO_Tool;
 class VS_Canvas;
 
 namespace Math {
+class Matrix4x4;
 class Point2d;
 }
 
@@ -103,6 +108,18 @@ public:
     // The Qt cursor of a cursor value (standard or registered); the arrow for unknown values.
     QCursor cursorFor(int cursor) const;
 
+    // Onion skin: while on, each element shows the drawings of its neighbouring exposures,
+    // faded and tinted, under its current drawing; they are picked like drawings, and a pick of
+    // one gives its frame (VW_OnionSkin.h). Off at first.
+    bool onionSkin() const;
+    void setOnionSkin(bool on);
+    // CameraView or DrawingView; other values give the camera view. The drawing view shows the
+    // first selected element's drawing (and its onion skin) in the drawing's own space, without
+    // the camera and the pegs or deformers above it.
+    void setViewKind(int kind);
+    // The model matrix of the drawing view: the drawing's own space is the view's scene space.
+    static Math::Matrix4x4 drawingViewModelMatrix();
+
     // Scene (OGL) point of a view point and back, under the view's camera; false when it cannot map.
     bool viewToScene(Math::Point2d const &view, Math::Point2d &scene);
     bool sceneToView(Math::Point2d const &scene, Math::Point2d &view);
@@ -126,6 +143,8 @@ signals:
     // Someone (the tool, a scene change) asked for a new picture.
     void redrawRequested();
     void dragStepFinished();
+    void onionSkinChanged(bool on);
+    void viewKindChanged(int kind);
 
 private:
     struct Impl;
