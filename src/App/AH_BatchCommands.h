@@ -88,6 +88,7 @@ AH_BatchCommandList const &AH_BatchCommandTable();
 void AH_AddFileCommands(AH_BatchCommandList &table);     // open, save, render, print, pref
 void AH_AddGestureCommands(AH_BatchCommandList &table);  // select, frame, tool, view, press, move, release, key, undo, redo, set, action, widget
 void AH_AddCheckCommands(AH_BatchCommandList &table);    // expect-*
+void AH_AddTracingCommands(AH_BatchCommandList &table);  // onion, onion-frames, view-kind, new-drawing, expect-drawings, expect-exposure
 
 // Reading words, the same before and while a script runs.
 namespace AH_BatchWords {

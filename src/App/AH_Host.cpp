@@ -10,6 +10,7 @@
 #include "preference/PR_Preference.h"
 #include "session/SC_Session.h"
 #include "session/TUSceneChangeManager.h"
+#include "tool/TO_PencilTool.h"
 
 #include <QCommandLineParser>
 
@@ -49,6 +50,13 @@ bool AH_Options::parse(QStringList const &arguments, AH_Options &options, QStrin
 QString AH_Options::usage()
 {
     return QStringLiteral("usage: animhost [--prefs PATH] [--plugins DIR] [--batch SCRIPT [--output DIR] | --run SCRIPT] [--screenshot FILE] [SCENE]");
+}
+
+// The resources of this static library (the host's menu and toolbar files) are linked in only
+// when asked for; Q_INIT_RESOURCE must stand outside any namespace.
+static void initHostResources()
+{
+    Q_INIT_RESOURCE(animhost);
 }
 
 namespace {
@@ -93,6 +101,13 @@ void AH_Host::startup(AH_Options const &options)
     PLUG_Services::setPreference(d_->preferenceUI.get());
     // Replaced by the workspace's session once a scene is open.
     PLUG_Services::setSessionContext(d_->startupContext.get());
+    // The host's own tools, menus and toolbar come before any plug-in's.
+    TO_PencilTool::registerTool();
+    TO_PencilTool::addPanelFactory();
+    initHostResources();
+    d_->menus->addMenu(QStringLiteral("View"), QStringLiteral(":/animhost/viewMenu.xml"));
+    d_->menus->addMenu(QStringLiteral("INSERT_MENU_ID"), QStringLiteral(":/animhost/insertMenu.xml"));
+    d_->toolbars->loadToolbar(QStringLiteral(":/animhost/tracingToolbar.xml"), QStringLiteral("Tracing"));
     d_->loader = std::make_unique<PLUG_PluginLoader>(options.pluginsDir);
     d_->loader->load(QStringLiteral("AnimationTool"));
     d_->running = true;

@@ -189,16 +189,10 @@ struct VW_View::Impl {
     {
         if (kind == CameraView)
             return all.elements;
-        for (MO_Node *node : session ? session->getSelection()->nodes() : std::vector<MO_Node *>())
-            if (auto *element = dynamic_cast<MO_ElementModule *>(node))
-                return {element};
-        return {};
+        MO_ElementModule *selected = session ? SL_SelectionUtil::getFirstElement(session->getSelection()) : nullptr;
+        return selected ? std::vector<MO_ElementModule *>{selected} : std::vector<MO_ElementModule *>{};
     }
 
-    Math::Matrix4x4 modelMatrix(MO_ElementModule const &element, double frame) const
-    {
-        return kind == CameraView ? worldMatrix(element, frame) : VW_View::drawingViewModelMatrix();
-    }
 
     // What a pass paints, in order: the onion drawings of every shown element (when onion skin is
     // on), then their current drawings, so that no onion drawing covers a current one.
@@ -211,14 +205,14 @@ struct VW_View::Impl {
             VW_OnionSkinSettings const settings = VW_OnionSkinSettings::fromPreferences();
             for (MO_ElementModule *element : elements)
                 for (VW_OnionDrawing const &onion : VW_onionDrawings(*element, f, settings.framesBefore, settings.framesAfter))
-                    drawn.push_back({element, onion.drawing, onion.frame, modelMatrix(*element, onion.frame),
+                    drawn.push_back({element, onion.drawing, onion.frame, VW_View::elementModelMatrix(*element, onion.frame, kind),
                                      settings.look(onion.distance)});
         }
         for (MO_ElementModule *element : elements) {
             OC_DrawingPtr const drawing = element->oglDrawing(f);
             if (drawing.isDrawing())
                 drawn.push_back({element, element->drawings().at(drawing->celKey().drawing()), static_cast<int>(f),
-                                 modelMatrix(*element, f), VW_DrawingLook()});
+                                 VW_View::elementModelMatrix(*element, f, kind), VW_DrawingLook()});
         }
         return drawn;
     }
@@ -619,6 +613,11 @@ void VW_View::setViewKind(int kind)
 Math::Matrix4x4 VW_View::drawingViewModelMatrix()
 {
     return Math::Matrix4x4();
+}
+
+Math::Matrix4x4 VW_View::elementModelMatrix(MO_ElementModule const &element, double frame, int viewKind)
+{
+    return viewKind == DrawingView ? drawingViewModelMatrix() : worldMatrix(element, frame);
 }
 
 bool VW_View::onionSkin() const

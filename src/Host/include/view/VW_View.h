@@ -35,6 +35,7 @@
 #include <memory>
 #include <vector>
 
+class MO_ElementModule;
 class MO_Module;
 class QCursor;
 class SC_Session;
@@ -119,6 +120,10 @@ public:
     void setViewKind(int kind);
     // The model matrix of the drawing view: the drawing's own space is the view's scene space.
     static Math::Matrix4x4 drawingViewModelMatrix();
+    // The model matrix under which a view of `viewKind` draws the element's drawings at `frame`:
+    // its world matrix in the camera view, drawingViewModelMatrix() in the drawing view. Tools
+    // map pointer points into a drawing through it.
+    static Math::Matrix4x4 elementModelMatrix(MO_ElementModule const &element, double frame, int viewKind);
 
     // Scene (OGL) point of a view point and back, under the view's camera; false when it cannot map.
     bool viewToScene(Math::Point2d const &view, Math::Point2d &scene);
