@@ -52,9 +52,8 @@ QString AH_Options::usage()
     return QStringLiteral("usage: animhost [--prefs PATH] [--plugins DIR] [--batch SCRIPT [--output DIR] | --run SCRIPT] [--screenshot FILE] [SCENE]");
 }
 
-// The resources of this static library (the host's menu and toolbar files) are linked in only
-// when asked for; Q_INIT_RESOURCE must stand outside any namespace.
-static void initHostResources()
+// Q_INIT_RESOURCE must stand outside any namespace; calling it again does no harm.
+void AH_InitResources()
 {
     Q_INIT_RESOURCE(animhost);
 }
@@ -104,7 +103,7 @@ void AH_Host::startup(AH_Options const &options)
     // The host's own tools, menus and toolbar come before any plug-in's.
     TO_PencilTool::registerTool();
     TO_PencilTool::addPanelFactory();
-    initHostResources();
+    AH_InitResources();
     d_->menus->addMenu(QStringLiteral("View"), QStringLiteral(":/animhost/viewMenu.xml"));
     d_->menus->addMenu(QStringLiteral("INSERT_MENU_ID"), QStringLiteral(":/animhost/insertMenu.xml"));
     d_->toolbars->loadToolbar(QStringLiteral(":/animhost/tracingToolbar.xml"), QStringLiteral("Tracing"));

@@ -38,6 +38,10 @@ struct AH_Options {
     static QString usage();
 };
 
+// Registers animhost's own resources (":/animhost/...": its menu and toolbar files, its forms),
+// which a static library links in only when asked for. startup() calls it.
+void AH_InitResources();
+
 class AH_Host {
 public:
     AH_Host();
