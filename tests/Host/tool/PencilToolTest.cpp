@@ -5,6 +5,7 @@
 // Pixels are computed by hand. The view is 101 by 81 pixels, so k = min(101 / 2, 81 / 1.5) = 50.5
 // pixels per OGL unit around the pixel (50, 40): with the identity camera, a pixel (px, py) is the
 // scene point ((px - 50) / 50.5, (40 - py) / 50.5).
+#include "TracingTestScenes.h"
 #include "base/Math/Matrix.h"
 #include "command/CO_CommandManager.h"
 #include "panel/TP_ToolProperties.h"
@@ -24,40 +25,6 @@
 #include <gtest/gtest.h>
 
 namespace {
-
-// "Bar" hangs under the peg "R": R stands at (6, 4) field units = (0.5, 0.25) OGL, turned 90
-// degrees and scaled by 2, so a scene point w lies at p = S(1/2) R(-90) (w - (0.5, 0.25)) =
-// ((w.y - 0.25) / 2, -(w.x - 0.5) / 2) in the drawing. The element exposes drawing "1" from frame
-// 1 and nothing from frame 10.
-QByteArray const kScene = R"(<?xml version="1.0" encoding="UTF-8"?>
-<scene version="1">
- <metrics fieldToOglX="0.08333333333333333" fieldToOglY="0.0625"/>
- <group name="Top">
-  <node type="PEG" name="R">
-   <attrs>
-    <position x="6" y="4" z="0"/>
-    <rotation x="0" y="0" z="90"/>
-    <scale x="2" y="2"/>
-   </attrs>
-  </node>
-  <node type="READ" name="Bar">
-   <attrs/>
-   <drawings>
-    <drawing name="1">
-     <polygon points="0,-0.02 0.4,-0.02 0.4,0.02 0,0.02" stroke="#ff0000ff" fill="#ff0000ff" thickness="0"/>
-    </drawing>
-   </drawings>
-   <timing>
-    <exposure frame="1" drawing="1"/>
-    <exposure frame="10" drawing=""/>
-   </timing>
-  </node>
- </group>
- <links>
-  <link src="R" out="0" dst="Bar" in="0"/>
- </links>
-</scene>
-)";
 
 using Points = std::vector<Math::Point2d>;
 
@@ -105,12 +72,7 @@ protected:
     OC_VectorShape const &lastShape(double frame) const { return bar()->oglDrawing(frame)->shapes().back(); }
     CO_CommandManager *commands() const { return session->commandManager(); }
 
-    std::unique_ptr<SC_Session> session = [] {
-        QString error;
-        std::unique_ptr<TUScene> scene = TUSceneFile::read(kScene, QStringLiteral("bar.xml"), &error);
-        EXPECT_TRUE(scene) << error.toStdString();
-        return std::make_unique<SC_Session>(std::move(scene));
-    }();
+    std::unique_ptr<SC_Session> session = TracingTestScenes::sessionOf(TracingTestScenes::kPeggedBar);
     VW_View view{session.get()};
     QByteArray original;
 };

@@ -4,11 +4,11 @@
 // Pixels are computed by hand. The views are 101 by 81 pixels, so k = min(101 / 2, 81 / 1.5) =
 // 50.5 pixels per OGL unit and the scene origin is the pixel (50, 40): a scene point (x, y) is the
 // pixel (50 + 50.5 x, 40 - 50.5 y). Field units are 1/12 OGL unit in x and 1/16 in y.
+#include "TracingTestScenes.h"
 #include "base/Math/Matrix.h"
 #include "preference/PR_Preference.h"
 #include "scene/MO_Module.h"
 #include "scene/TUScene.h"
-#include "scene/TUSceneFile.h"
 #include "session/SC_Session.h"
 #include "session/SL_Selection.h"
 #include "tool/SLB_Selectable.h"
@@ -18,6 +18,8 @@
 #include <gtest/gtest.h>
 
 namespace {
+
+using TracingTestScenes::sessionOf;
 
 // "Ball" hangs under the peg "P", which moves along x: -6 field units (-0.5 OGL) at frame 1,
 // +6 (0.5) at frame 9, +10.8 (0.9) at frame 13. Drawings "1", "9" and "13" are black squares of
@@ -62,46 +64,6 @@ QByteArray const kBallScene = R"(<?xml version="1.0" encoding="UTF-8"?>
  </links>
 </scene>
 )";
-
-// "Bar" under the peg "R", which stands at (6, 4) field units = (0.5, 0.25) OGL, turned 90
-// degrees and scaled by 2: the bar, from x = 0 to 0.4 along its own x axis, points up in the
-// camera view, from (0.5, 0.25) to (0.5, 1.05).
-QByteArray const kBarScene = R"(<?xml version="1.0" encoding="UTF-8"?>
-<scene version="1">
- <metrics fieldToOglX="0.08333333333333333" fieldToOglY="0.0625"/>
- <group name="Top">
-  <node type="PEG" name="R">
-   <attrs>
-    <position x="6" y="4" z="0"/>
-    <rotation x="0" y="0" z="90"/>
-    <scale x="2" y="2"/>
-   </attrs>
-  </node>
-  <node type="READ" name="Bar">
-   <attrs/>
-   <drawings>
-    <drawing name="1">
-     <polygon points="0,-0.02 0.4,-0.02 0.4,0.02 0,0.02" stroke="#ff0000ff" fill="#ff0000ff" thickness="0"/>
-    </drawing>
-   </drawings>
-   <timing>
-    <exposure frame="1" drawing="1"/>
-   </timing>
-  </node>
- </group>
- <links>
-  <link src="R" out="0" dst="Bar" in="0"/>
- </links>
-</scene>
-)";
-
-std::unique_ptr<SC_Session> sessionOf(QByteArray const &xml)
-{
-    QString error;
-    std::unique_ptr<TUScene> scene = TUSceneFile::read(xml, QStringLiteral("scene.xml"), &error);
-    EXPECT_TRUE(scene) << error.toStdString();
-    return std::make_unique<SC_Session>(std::move(scene));
-}
 
 // The colour over white paper of black tinted towards `tint` by 0.6 at `alpha`.
 QColor onionOverPaper(VS_RGBA tint, double alpha)
@@ -248,10 +210,12 @@ protected:
     void SetUp() override { view.resize(101, 81); }
     MO_Node *bar() const { return session->scene()->getRootGroup()->findNode(QStringLiteral("Bar")); }
 
-    std::unique_ptr<SC_Session> session = sessionOf(kBarScene);
+    std::unique_ptr<SC_Session> session = sessionOf(TracingTestScenes::kPeggedBar);
     VW_View view{session.get()};
 };
 
+// The peg turns the bar 90 degrees and scales it by 2 (TracingTestScenes::kPeggedBar): in the camera
+// view it points up from (0.5, 0.25) to (0.5, 1.05).
 TEST_F(DrawingViewTest, ShowsTheSelectedElementsDrawingWithoutThePegAboveIt)
 {
     QColor const blue(0, 0, 255);

@@ -28,7 +28,7 @@ public:
 
 struct TO_PencilTool::Impl {
     UT_SharedWeakPtr<MO_Module> element;  // the element of the stroke under way; null between strokes
-    int frame = 0;                         // the frame of the stroke under way
+    double frame = 0.0;                    // the view's frame at the press: the stroke is mapped and drawn there
     OC_VectorShape stroke;                 // its points in the drawing's own space
 
     MO_ElementModule *strokeElement() const { return dynamic_cast<MO_ElementModule *>(element.get()); }
@@ -63,7 +63,7 @@ TO_PencilTool::~TO_PencilTool() = default;
 namespace {
 
 // The point of the drawing's own space under a view point, or false when it cannot map.
-bool drawingPoint(TO_AbstractToolContext &view, MO_ElementModule const &element, int frame, Math::Point2d const &at,
+bool drawingPoint(TO_AbstractToolContext &view, MO_ElementModule const &element, double frame, Math::Point2d const &at,
                   Math::Point2d &point)
 {
     CC_CameraChainTransformCanvasBinder *binder = view.canvasBinder();
@@ -83,7 +83,7 @@ bool TO_PencilTool::onMouseDown(GR_StylusPoint const &point)
     MO_ElementModule *element = SL_SelectionUtil::getFirstElement(PLUG_Services::getSelection());
     if (!element)
         return false;
-    d_->frame = static_cast<int>(context()->currentFrame());
+    d_->frame = context()->currentFrame();
     Math::Point2d p;
     if (!drawingPoint(*context(), *element, d_->frame, point.position(), p))
         return false;
@@ -118,7 +118,8 @@ bool TO_PencilTool::onMouseUp(GR_StylusPoint const &point)
     onMouseMove({point});
     MO_ElementModule *element = d_->strokeElement();
     OC_VectorShape stroke = std::move(d_->stroke);
-    int const frame = d_->frame;
+    // The drawing exposed at the whole frame, as the view shows it.
+    int const frame = static_cast<int>(d_->frame);
     resetTool();
     if (stroke.points.size() < 2)
         return true;
