@@ -14,3 +14,11 @@ for mode in manipulation setup interpolation; do
     --run "docs/screenshots/ik-$mode.txt" --screenshot "docs/ik-mode-$mode.png" examples/scenes/character-rig.xml
   echo "docs/ik-mode-$mode.png"
 done
+# Tracing: the window after the in-between example, and the example's renders before and after.
+xvfb-run -a -s "-screen 0 1280x800x24" "$app" --prefs "$prefs/prefs.xml" --output "$prefs" \
+  --run examples/scripts/inbetween.txt --screenshot docs/tracing-window.png
+for shot in inbetween-before inbetween-after inbetween-drawing-view; do
+  cp "$prefs/$shot.png" "docs/$shot.png"
+  echo "docs/$shot.png"
+done
+echo docs/tracing-window.png
