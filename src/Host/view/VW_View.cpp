@@ -46,7 +46,7 @@ Math::Matrix4x4 worldMatrix(MO_Module const &module, double frame)
     return t ? t->transformation().matrix(true) : Math::Matrix4x4();
 }
 
-// A colour as an onion drawing shows it: mixed towards the tint, its alpha scaled.
+// A colour as `look` shows it: mixed towards the tint, its alpha scaled (the default look keeps it).
 VS_RGBA lookColour(QColor const &c, VW_DrawingLook const &look)
 {
     auto mix = [&look](int from, std::uint8_t to) {
@@ -148,7 +148,7 @@ struct VW_View::Impl {
         UT_SharedWeakPtr<MO_Module> module;
         int frame;
     };
-    std::map<unsigned int, PickedDrawing> pickModules;  // ids of the last pick pass
+    std::map<unsigned int, PickedDrawing> pickModules;  // ids of the last pick pass, one per drawing
     UT_SharedPtr<SLB_SelectableDescriptor> lastDescriptor;  // result of the last pick
     int lastHandle = -1;                                    // the tool's answer for its nearest id
     int dragSteps = 0;
@@ -192,7 +192,6 @@ struct VW_View::Impl {
         MO_ElementModule *selected = session ? SL_SelectionUtil::getFirstElement(session->getSelection()) : nullptr;
         return selected ? std::vector<MO_ElementModule *>{selected} : std::vector<MO_ElementModule *>{};
     }
-
 
     // What a pass paints, in order: the onion drawings of every shown element (when onion skin is
     // on), then their current drawings, so that no onion drawing covers a current one.
