@@ -18,3 +18,12 @@ done
 xvfb-run -a -s "-screen 0 1280x800x24" "$app" --prefs "$prefs/prefs.xml" \
   --run docs/screenshots/animhost-zoom.txt --screenshot docs/animhost-zoom.png examples/scenes/character-rig.xml
 echo "docs/animhost-zoom.png"
+
+# Tracing: the window after the in-between example, and the example's renders before and after.
+xvfb-run -a -s "-screen 0 1280x800x24" "$app" --prefs "$prefs/prefs.xml" --output "$prefs" \
+  --run examples/scripts/inbetween.txt --screenshot docs/tracing-window.png
+for shot in inbetween-before inbetween-after inbetween-drawing-view; do
+  cp "$prefs/$shot.png" "docs/$shot.png"
+  echo "docs/$shot.png"
+done
+echo docs/tracing-window.png

@@ -97,6 +97,7 @@ void AH_AddViewCommands(AH_BatchCommandList &table);     // zoom, pan, fit, rese
 void AH_AddPanelStateCommands(AH_BatchCommandList &table);  // expect-enabled
 void AH_AddStillnessCommands(AH_BatchCommandList &table);   // remember, expect-unchanged, expect-unmoved, expect-moved
 void AH_AddShiftAndTraceCommands(AH_BatchCommandList &table);  // shift, set-shift, expect-shift, expect-crosshairs, key-down, key-up
+void AH_AddTracingCommands(AH_BatchCommandList &table);  // onion, onion-frames, view-kind, new-drawing, expect-drawings, expect-exposure
 
 // Reading words, the same before and while a script runs.
 namespace AH_BatchWords {

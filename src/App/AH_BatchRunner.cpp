@@ -195,6 +195,7 @@ AH_BatchCommandList const &AH_BatchCommandTable()
         AH_AddPanelStateCommands(rows);
         AH_AddStillnessCommands(rows);
         AH_AddShiftAndTraceCommands(rows);
+        AH_AddTracingCommands(rows);
         std::sort(rows.begin(), rows.end(), [](AH_BatchCommand const &a, AH_BatchCommand const &b) { return a.name < b.name; });
         // Careful: a name given twice would hide one of its rows from findCommand.
         auto const twice = std::adjacent_find(rows.begin(), rows.end(),

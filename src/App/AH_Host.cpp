@@ -12,6 +12,7 @@
 #include "preference/PR_Preference.h"
 #include "session/SC_Session.h"
 #include "session/TUSceneChangeManager.h"
+#include "tool/TO_PencilTool.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -125,6 +126,12 @@ QString AH_Options::versionText()
     return QStringLiteral("animhost " ANIMHOST_VERSION);
 }
 
+// Q_INIT_RESOURCE must stand outside any namespace; calling it again does no harm.
+void AH_InitResources()
+{
+    Q_INIT_RESOURCE(animhost);
+}
+
 namespace {
 
 // The session context before a scene is open: the run's change manager, and no drag manager.
@@ -168,6 +175,13 @@ void AH_Host::startup(AH_Options const &options)
     PLUG_Services::setPreference(d_->preferenceUI.get());
     // Replaced by the workspace's session once a scene is open.
     PLUG_Services::setSessionContext(d_->startupContext.get());
+    // The host's own tools, menus and toolbar come before any plug-in's.
+    TO_PencilTool::registerTool();
+    TO_PencilTool::addPanelFactory();
+    AH_InitResources();
+    d_->menus->addMenu(QStringLiteral("View"), QStringLiteral(":/animhost/viewMenu.xml"));
+    d_->menus->addMenu(QStringLiteral("INSERT_MENU_ID"), QStringLiteral(":/animhost/insertMenu.xml"));
+    d_->toolbars->loadToolbar(QStringLiteral(":/animhost/tracingToolbar.xml"), QStringLiteral("Tracing"));
     AH_PluginSearchPath const search = AH_PluginSearchPath::make(
         options.pluginsDir, qEnvironmentVariable(AH_PluginPathVariable), QCoreApplication::applicationDirPath());
     d_->searchProblems = search.problems;

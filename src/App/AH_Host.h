@@ -1,9 +1,10 @@
 // The application's start-up and shutdown, shared by the window and batch mode.
 //
 // Order matters: the command line is read first, then the preferences are loaded (tuPref), then
-// the services are set up in PLUG_Services, and only then is the plug-in opened, since its static
-// initialisers read preferences and its polish uses the services. At exit the plug-ins are
-// unpolished and the preferences saved.
+// the services are set up in PLUG_Services, then the host's own pencil tool (with its panel), menu
+// entries and toolbar, and only then is the plug-in opened, since its static initialisers read
+// preferences and its polish uses the services (and merges its menu entries after the host's).
+// At exit the plug-ins are unpolished and the preferences saved.
 //
 // The host also owns the scene change manager of the whole run, and a session context that gives
 // it out before any scene is open: a plug-in connects to its signals when it loads, and the
@@ -60,6 +61,10 @@ struct AH_Options {
     static QString helpText();
     static QString versionText();  // "animhost VERSION"
 };
+
+// Registers animhost's own resources (":/animhost/...": its menu and toolbar files, its forms),
+// which a static library links in only when asked for. startup() calls it.
+void AH_InitResources();
 
 class AH_Host {
 public:

@@ -1,7 +1,10 @@
 #include "AH_PreferencesDialog.h"
 
+#include "AH_Host.h"
+
 #include "plugin/PLUG_PreferenceUI.h"
 #include "preference/PR_Preference.h"
+#include "widgets/GUT_WidgetFactory.h"
 
 #include <QAbstractButton>
 #include <QCheckBox>
@@ -69,6 +72,12 @@ AH_PreferencesDialog::AH_PreferencesDialog(PLUG_PreferenceUI const *customizers,
     generalLayout->addStretch();
     general->findChild<QTabWidget *>(QStringLiteral("tabWidget"))->insertTab(0, generalTab, tr("Application"));
     bindPage(general);
+    // The host's own drawing settings: onion skin.
+    QWidget *drawing = addPage(PLUG_PreferenceUI::DrawingPage, tr("Drawing"));
+    AH_InitResources();
+    if (QWidget *onionSkin = GUT_WidgetFactory::Instance().create(QStringLiteral(":/animhost/onionSkinPreferences.ui")))
+        drawing->findChild<QTabWidget *>(QStringLiteral("tabWidget"))->insertTab(0, onionSkin, tr("Onion Skin"));
+    bindPage(drawing);
     bindPage(addPage(PLUG_PreferenceUI::ToolsPage, tr("Tools")));
     bindPage(addPage(PLUG_PreferenceUI::ColoursPage, tr("Colours")));
 
@@ -91,7 +100,8 @@ QWidget *AH_PreferencesDialog::addPage(int pageKind, QString const &title)
     layout->addWidget(tabs);
     if (customizers_)
         customizers_->customizePage(pageKind, page);
-    if (tabs->count() == 0 && pageKind != PLUG_PreferenceUI::GeneralPage)
+    // The host fills the General and Drawing pages itself.
+    if (tabs->count() == 0 && pageKind != PLUG_PreferenceUI::GeneralPage && pageKind != PLUG_PreferenceUI::DrawingPage)
         tabs->addTab(new QLabel(tr("Nothing to set here."), tabs), title);
     pages_->addTab(page, title);
     return page;

@@ -1,4 +1,4 @@
-// The preferences dialog: one tab per page (General, Tools, Colours), each page holding a tab
+// The preferences dialog: one tab per page (General, Drawing, Tools, Colours), each page holding a tab
 // widget named "tabWidget" where plug-ins add their own tabs (PLUG_PreferenceUI::customizePage).
 //
 // Tabs need no code of their own to edit preferences: any widget of a page that carries the dynamic

@@ -4,6 +4,7 @@
 #include "plugin/PLUG_Services.h"
 #include "scene/AT_Attr.h"
 #include "scene/AT_ShiftAndTraceUtil.h"
+#include "scene/CA_DrawingCmds.h"
 #include "scene/TUScene.h"
 #include "scene/TUSceneFile.h"
 #include "session/SC_Session.h"
@@ -368,6 +369,20 @@ bool AH_Workspace::attributeKeys(QString const &node, QString const &attr, std::
     if (!a)
         return false;
     *keys = a->keyframes();
+    return true;
+}
+
+bool AH_Workspace::newDrawing(QString *error, QString *name)
+{
+    MO_ElementModule *element = SL_SelectionUtil::getFirstElement(d_->session->getSelection());
+    if (!element)
+        return fail(error, QStringLiteral("expected a drawing element to be selected"));
+    int const frame = static_cast<int>(d_->session->currentFrame());
+    std::unique_ptr<CO_Command> command = CA_DrawingCmds::newDrawing(*element, frame, name);
+    if (!command)
+        return fail(error, QStringLiteral("expected a free drawing name in \"%1\"").arg(element->instanceName()));
+    d_->session->commandManager()->execute(std::move(command), QStringLiteral("New Drawing"));
+    d_->view->requestRedraw();
     return true;
 }
 

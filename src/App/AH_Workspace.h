@@ -80,6 +80,11 @@ public:
     // The frames that hold keyframes of the attribute, ascending.
     bool attributeKeys(QString const &node, QString const &attr, std::vector<int> *keys, QString *error);
 
+    // Adds an empty drawing to the first selected drawing element, named by the next free number
+    // and exposed at the current frame (the frames after keep what they showed), as one undoable
+    // step "New Drawing". `name` (may be null) receives its name.
+    bool newDrawing(QString *error, QString *name = nullptr);
+
     bool undo();
     bool redo();
 

@@ -16,6 +16,7 @@
 #include "AH_BatchRunner.h"
 #include "AH_Host.h"
 #include "AH_MainWindow.h"
+#include "AH_TracingActions.h"
 #include "AH_Workspace.h"
 
 #include <QApplication>
@@ -53,6 +54,7 @@ int main(int argc, char *argv[])
         // The workspace (and the tool its view holds, perhaps made by the plug-in) goes before the
         // plug-ins are unpolished.
         AH_Workspace workspace(host.changeManager());
+        AH_TracingActions tracing(workspace, host.actionManager());
         bool const opened = options.sceneFile.isEmpty() || workspace.open(options.sceneFile, &error);
         if (!options.batchScript.isEmpty()) {
             QStringList errors;

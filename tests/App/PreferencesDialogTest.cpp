@@ -93,12 +93,14 @@ TEST_F(PreferencesDialogBinding, BindsEditorsByClassAndShowsStoredValues)
     tuPref->setRgbaValue(kColour, 0x80112233u);
     AH_PreferencesDialog dialog(&hook);
 
-    // The general page's own check box, and the four editors of the form; not the label nor the
-    // spin box without a key.
+    // The general page's own check box, the drawing page's onion skin settings, and the four
+    // editors of the form; not the label nor the spin box without a key.
     QStringList keys;
     for (QWidget *widget : dialog.boundWidgets())
         keys << widget->property("prefKey").toString();
-    EXPECT_EQ(keys, (QStringList{QStringLiteral("QV_HAS_NEW_IK_TOOL"), kInt, kBool, kReal, kColour}));
+    EXPECT_EQ(keys, (QStringList{QStringLiteral("QV_HAS_NEW_IK_TOOL"), QStringLiteral("onionSkinFramesBefore"),
+                                 QStringLiteral("onionSkinFramesAfter"), QStringLiteral("onionSkinOpacity"),
+                                 QStringLiteral("onionSkinFalloff"), kInt, kBool, kReal, kColour}));
 
     EXPECT_EQ(bound<QSpinBox>(dialog, kInt)->value(), 42);
     EXPECT_TRUE(bound<QCheckBox>(dialog, kBool)->isChecked());

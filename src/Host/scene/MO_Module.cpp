@@ -214,6 +214,30 @@ OC_DrawingPtr MO_ElementModule::oglDrawing(double frame) const
     return drawing == d_->drawings.end() ? OC_DrawingPtr() : OC_DrawingPtr(drawing->second);
 }
 
+MO_ElementModule::Content MO_ElementModule::content() const
+{
+    return Content{d_->drawings, d_->timing};
+}
+
+void MO_ElementModule::setContent(Content content)
+{
+    d_->drawings = std::move(content.drawings);
+    d_->timing = std::move(content.timing);
+    setDirty();
+}
+
+QString MO_ElementModule::nextDrawingName() const
+{
+    qlonglong greatest = 0;
+    for (auto const &entry : d_->drawings) {
+        bool number = false;
+        qlonglong const value = entry.first.toLongLong(&number);
+        if (number && value > greatest)
+            greatest = value;
+    }
+    return QString::number(greatest + 1);
+}
+
 bool MO_ElementModule::isUsable() const
 {
     for (auto const &entry : d_->timing)

@@ -2,6 +2,7 @@
 
 #include "command/CO_Command.h"
 #include "command/CO_CommandManager.h"
+#include "scene/MO_Module.h"
 #include "scene/MO_Node.h"
 
 #include <algorithm>
@@ -146,6 +147,14 @@ MO_Node *getFirstNode(SL_Selection const *selection)
 {
     std::vector<MO_Node *> const nodes = getNodes(selection);
     return nodes.empty() ? nullptr : nodes.front();
+}
+
+MO_ElementModule *getFirstElement(SL_Selection const *selection)
+{
+    for (MO_Node *node : getNodes(selection))
+        if (auto *element = dynamic_cast<MO_ElementModule *>(node))
+            return element;
+    return nullptr;
 }
 
 void addToSelection(SL_Selection *selection, MO_Node *node)

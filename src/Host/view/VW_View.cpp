@@ -19,6 +19,7 @@
 #include "tool/TO_AbstractTool.h"
 #include "tool/TO_Enums.h"
 #include "tool/TO_ToolFactory.h"
+#include "view/VW_OnionSkin.h"
 
 #include <QCursor>
 
@@ -42,28 +43,33 @@ public:
     std::vector<MO_ElementModule *> elements;
 };
 
-VS_RGBA toRgba(QColor const &c)
-{
-    return VS_RGBA(static_cast<std::uint8_t>(c.red()), static_cast<std::uint8_t>(c.green()),
-                   static_cast<std::uint8_t>(c.blue()), static_cast<std::uint8_t>(c.alpha()));
-}
-
 Math::Matrix4x4 worldMatrix(MO_Module const &module, double frame)
 {
     MO_PortTransformPtr const t = module.getPortTransformation(MO_BaseContext(MO_FrameKey(frame)));
     return t ? t->transformation().matrix(true) : Math::Matrix4x4();
 }
 
-// Paints the shapes of a drawing; with `pickColor`, every stroke and fill in that one colour.
-void paintDrawing(VU_Painter &painter, OC_Drawing const &drawing, VS_RGBA const *pickColor)
+// A colour as `look` shows it: mixed towards the tint, its alpha scaled (the default look keeps it).
+VS_RGBA lookColour(QColor const &c, VW_DrawingLook const &look)
+{
+    auto mix = [&look](int from, std::uint8_t to) {
+        return static_cast<std::uint8_t>(std::lround(from + (to - from) * look.tintAmount));
+    };
+    return VS_RGBA(mix(c.red(), look.tint.r), mix(c.green(), look.tint.g), mix(c.blue(), look.tint.b),
+                   static_cast<std::uint8_t>(std::lround(c.alpha() * look.alpha)));
+}
+
+// Paints the shapes of a drawing as `look` says; with `pickColor`, every stroke and fill in that
+// one colour.
+void paintDrawing(VU_Painter &painter, OC_Drawing const &drawing, VW_DrawingLook const &look, VS_RGBA const *pickColor)
 {
     for (OC_VectorShape const &shape : drawing.shapes()) {
         // Thin strokes are widened in the pick pass so that lines can be hit.
         double const thickness = pickColor ? std::max(shape.thickness, 3.0) : shape.thickness;
         painter.setLineThickness(thickness);
-        painter.setLineStrokeColor(pickColor ? *pickColor : toRgba(shape.stroke));
+        painter.setLineStrokeColor(pickColor ? *pickColor : lookColour(shape.stroke, look));
         if (shape.kind == OC_VectorShape::Kind::Polygon)
-            painter.drawPolygon(shape.points, pickColor ? *pickColor : toRgba(shape.fill));
+            painter.drawPolygon(shape.points, pickColor ? *pickColor : lookColour(shape.fill, look));
         else
             painter.drawPolyline(shape.points);
     }
@@ -101,6 +107,26 @@ private:
     bool &flag_;
 };
 
+// One drawing a pass paints: an element's current drawing or one of its onion drawings.
+struct DrawnDrawing {
+    MO_ElementModule *element;
+    UT_SharedPtr<OC_Drawing const> drawing;
+    int frame;               // the frame a pick of it reports
+    Math::Matrix4x4 matrix;  // its model matrix
+    VW_DrawingLook look;
+};
+
+// Paints one drawing of an element under `matrix` with `look` (or in `pickColor` in a pick pass).
+// Every drawing of every pass, current and onion alike, goes through here, so that what changes
+// where a drawing shows changes it for all of them.
+void drawElementDrawing(VU_Painter &painter, CC_CameraChainTransformCanvasBinder &binder, DrawnDrawing const &d,
+                        VS_RGBA const *pickColor)
+{
+    CC_CameraChainTransformCanvasBinder::Scope scope(binder);
+    binder.setModelMatrix(AT_ShiftAndTraceUtil::displayModelMatrix(*d.element, d.drawing->celKey(), d.matrix));
+    paintDrawing(painter, *d.drawing, d.look, pickColor);
+}
+
 // Radius in pixels of the ring that marks a selected module's origin.
 constexpr double kMarkerRadius = 6.0;
 
@@ -109,6 +135,7 @@ constexpr double kMarkerRadius = 6.0;
 struct VW_View::Impl {
     SC_Session *session = nullptr;  // not owned
     int kind = CameraView;
+    bool onionSkin = false;
     int width = 640;   // >= 1
     int height = 480;  // >= 1
     VS_Canvas canvas{640, 480};
@@ -120,7 +147,11 @@ struct VW_View::Impl {
     bool pressed = false;
     std::map<int, std::unique_ptr<QCursor>> cursors;  // registered cursors by value
     int nextCursor = TO_Enums::CustomFirst;
-    std::map<unsigned int, UT_SharedWeakPtr<MO_Module>> pickModules;  // ids of the last pick pass
+    struct PickedDrawing {
+        UT_SharedWeakPtr<MO_Module> module;
+        int frame;
+    };
+    std::map<unsigned int, PickedDrawing> pickModules;  // ids of the last pick pass, one per drawing
     UT_SharedPtr<SLB_SelectableDescriptor> lastDescriptor;  // result of the last pick
     int lastHandle = -1;                                    // the tool's answer for its nearest id
     int dragSteps = 0;
@@ -142,7 +173,8 @@ struct VW_View::Impl {
     // The scene's camera at the current frame, from scene space to camera space.
     Math::Matrix4x4 cameraInverse() const
     {
-        if (session) {
+        // The drawing view shows a drawing in its own space: no camera.
+        if (session && kind == CameraView) {
             try {
                 return session->cameraMatrix(MO_FrameKey(frame())).getInverse();
             } catch (Math::SingularMatrixError const &) {
@@ -199,23 +231,55 @@ struct VW_View::Impl {
         return collector;
     }
 
-    // Pegs over all drawings (pickable), and in the visible pass the cross-hairs.
-    void drawShiftAndTraceOverlay(VU_Painter &painter, std::vector<MO_ElementModule *> const &elements, bool pickMode)
+    // The elements a pass shows: all of them in the camera view, the first selected one in the
+    // drawing view.
+    std::vector<MO_ElementModule *> shownElements(ModuleCollector const &all) const
     {
+        if (kind == CameraView)
+            return all.elements;
+        MO_ElementModule *selected = session ? SL_SelectionUtil::getFirstElement(session->getSelection()) : nullptr;
+        return selected ? std::vector<MO_ElementModule *>{selected} : std::vector<MO_ElementModule *>{};
+    }
+
+    // What a pass paints, in order: the onion drawings of every shown element (when onion skin is
+    // on), then their current drawings, so that no onion drawing covers a current one.
+    std::vector<DrawnDrawing> drawnDrawings(ModuleCollector const &all) const
+    {
+        std::vector<DrawnDrawing> drawn;
+        std::vector<MO_ElementModule *> const elements = shownElements(all);
         double const f = frame();
+        if (onionSkin) {
+            VW_OnionSkinSettings const settings = VW_OnionSkinSettings::fromPreferences();
+            for (MO_ElementModule *element : elements)
+                for (VW_OnionDrawing const &onion : VW_onionDrawings(*element, f, settings.framesBefore, settings.framesAfter))
+                    drawn.push_back({element, onion.drawing, onion.frame, VW_View::elementModelMatrix(*element, onion.frame, kind),
+                                     settings.look(onion.distance)});
+        }
         for (MO_ElementModule *element : elements) {
             OC_DrawingPtr const drawing = element->oglDrawing(f);
-            if (!drawing.isDrawing())
-                continue;
-            Math::Matrix4x4 const model = worldMatrix(*element, f);
-            VW_ShiftAndTraceOverlay::drawPegs(painter, binder, *element, drawing->celKey(), static_cast<int>(f), model, pickMode);
+            if (drawing.isDrawing())
+                drawn.push_back({element, element->drawings().at(drawing->celKey().drawing()), static_cast<int>(f),
+                                 VW_View::elementModelMatrix(*element, f, kind), VW_DrawingLook()});
+        }
+        return drawn;
+    }
+
+    // Pegs over every drawing shown, onion drawings included, each at the frame a pick of it
+    // reports (pickable); in the visible pass, the cross-hairs.
+    void drawShiftAndTraceOverlay(VU_Painter &painter, std::vector<DrawnDrawing> const &drawn, bool pickMode)
+    {
+        for (DrawnDrawing const &d : drawn) {
+            CA_CelKey const &key = d.drawing->celKey();
+            VW_ShiftAndTraceOverlay::drawPegs(painter, binder, *d.element, key, d.frame, d.matrix, pickMode);
             if (!pickMode)
-                VW_ShiftAndTraceOverlay::drawCrossHairs(painter, binder, *element, drawing->celKey(), model);
+                VW_ShiftAndTraceOverlay::drawCrossHairs(painter, binder, *d.element, key, d.matrix);
         }
     }
 
     void drawSelectionMarkers(VU_Painter &painter, std::vector<MO_Module *> const &modules)
     {
+        if (kind != CameraView)
+            return;  // the drawing view shows one drawing, and no module's place
         double const f = frame();
         painter.setLineThickness(2.0);
         painter.setLineStrokeColor(kSelectionColor);
@@ -327,16 +391,10 @@ QImage const &VW_View::render()
     d.setUpCamera();
     VU_Painter painter(d.binder);
     ModuleCollector const all = d.collect();
-    double const f = d.frame();
-    for (MO_ElementModule *element : all.elements) {
-        OC_DrawingPtr const drawing = element->oglDrawing(f);
-        if (!drawing.isDrawing())
-            continue;
-        CC_CameraChainTransformCanvasBinder::Scope scope(d.binder);
-        d.binder.setModelMatrix(AT_ShiftAndTraceUtil::displayModelMatrix(*element, drawing->celKey(), worldMatrix(*element, f)));
-        paintDrawing(painter, *drawing.drawing(), nullptr);
-    }
-    d.drawShiftAndTraceOverlay(painter, all.elements, false);
+    std::vector<DrawnDrawing> const drawn = d.drawnDrawings(all);
+    for (DrawnDrawing const &one : drawn)
+        drawElementDrawing(painter, d.binder, one, nullptr);
+    d.drawShiftAndTraceOverlay(painter, drawn, false);
     d.drawSelectionMarkers(painter, all.modules);
     if (d.tool) {
         CC_CameraChainTransformCanvasBinder::Scope scope(d.binder);
@@ -358,7 +416,7 @@ QImage const &VW_View::pickImage() const
 MO_Module *VW_View::moduleForPickId(unsigned int id) const
 {
     auto const found = d_->pickModules.find(id);
-    return found == d_->pickModules.end() ? nullptr : found->second.get();
+    return found == d_->pickModules.end() ? nullptr : found->second.module.get();
 }
 
 UT_SharedPtr<SLB_SelectableDescriptor> VW_View::pick(UT_Point const &point, bool commit, int)
@@ -376,22 +434,16 @@ UT_SharedPtr<SLB_SelectableDescriptor> VW_View::pick(UT_Point const &point, bool
     d.pickModules.clear();
     {
         VU_Painter painter(d.binder);
-        ModuleCollector const all = d.collect();
-        double const f = d.frame();
-        std::uint32_t const first = SLB_PickEngine::generateIdForPickingObject(static_cast<int>(all.elements.size()));
-        for (std::size_t i = 0; i < all.elements.size(); ++i) {
-            MO_ElementModule *element = all.elements[i];
-            OC_DrawingPtr const drawing = element->oglDrawing(f);
-            if (!drawing.isDrawing())
-                continue;
+        std::vector<DrawnDrawing> const drawn = d.drawnDrawings(d.collect());
+        // One id per drawing, so that a pick of an onion drawing gives its own frame.
+        std::uint32_t const first = SLB_PickEngine::generateIdForPickingObject(std::max(1, static_cast<int>(drawn.size())));
+        for (std::size_t i = 0; i < drawn.size(); ++i) {
             std::uint32_t const id = first + static_cast<std::uint32_t>(i);
-            d.pickModules[id] = UT_SharedWeakPtr<MO_Module>(static_cast<MO_Module *>(element));
+            d.pickModules[id] = {UT_SharedWeakPtr<MO_Module>(static_cast<MO_Module *>(drawn[i].element)), drawn[i].frame};
             VS_RGBA const color = SLB_PickEngine::idToColor(id);
-            CC_CameraChainTransformCanvasBinder::Scope scope(d.binder);
-            d.binder.setModelMatrix(AT_ShiftAndTraceUtil::displayModelMatrix(*element, drawing->celKey(), worldMatrix(*element, f)));
-            paintDrawing(painter, *drawing.drawing(), &color);
+            drawElementDrawing(painter, d.binder, drawn[i], &color);
         }
-        d.drawShiftAndTraceOverlay(painter, all.elements, true);
+        d.drawShiftAndTraceOverlay(painter, drawn, true);
         if (d.tool) {
             CC_CameraChainTransformCanvasBinder::Scope scope(d.binder);
             d.tool->draw(TO_AbstractTool::PickingMode);
@@ -428,7 +480,7 @@ UT_SharedPtr<SLB_SelectableDescriptor> VW_View::pick(UT_Point const &point, bool
     // user aimed at, and the drawing beneath or beside it is not picked.
     UT_SharedPtr<SLB_SelectableDescriptor> descriptor;
     if (MO_Module *module = nearest == SLB_PickEngine::kNoId ? nullptr : moduleForPickId(nearest))
-        descriptor = UT_MakeShared<SLB_ModuleDescriptorWithFrame>(module, static_cast<int>(d.frame()));
+        descriptor = UT_MakeShared<SLB_ModuleDescriptorWithFrame>(module, d.pickModules.at(nearest).frame);
     // Careful: the tool may change the scene or this view from oglScanHit.
     int handle = -1;
     if (d.tool && nearest != SLB_PickEngine::kNoId)
@@ -682,6 +734,40 @@ int VW_View::registerCursor(QCursor *cursor)
 int VW_View::viewKind() const
 {
     return d_->kind;
+}
+
+void VW_View::setViewKind(int kind)
+{
+    kind = kind == DrawingView ? DrawingView : CameraView;
+    if (kind == d_->kind)
+        return;
+    d_->kind = kind;
+    emit viewKindChanged(kind);
+    requestRedraw();
+}
+
+Math::Matrix4x4 VW_View::drawingViewModelMatrix()
+{
+    return AT_ShiftAndTraceUtil::drawingViewModelMatrix();
+}
+
+Math::Matrix4x4 VW_View::elementModelMatrix(MO_ElementModule const &element, double frame, int viewKind)
+{
+    return viewKind == DrawingView ? drawingViewModelMatrix() : worldMatrix(element, frame);
+}
+
+bool VW_View::onionSkin() const
+{
+    return d_->onionSkin;
+}
+
+void VW_View::setOnionSkin(bool on)
+{
+    if (on == d_->onionSkin)
+        return;
+    d_->onionSkin = on;
+    emit onionSkinChanged(on);
+    requestRedraw();
 }
 
 int VW_View::pickedHandle(UT_SharedPtr<SLB_SelectableDescriptor> const &descriptor)

@@ -57,7 +57,7 @@ TEST_P(Examples, LoadAndSaveBackByteForByte)
     EXPECT_EQ(written.toStdString(), original.toStdString());
 }
 
-INSTANTIATE_TEST_SUITE_P(Scenes, Examples, ::testing::Values("arm.xml", "bones.xml", "character.xml"));
+INSTANTIATE_TEST_SUITE_P(Scenes, Examples, ::testing::Values("arm.xml", "bones.xml", "character.xml", "inbetween.xml"));
 
 TEST(SceneFile, ArmExampleEvaluatesAsAnArm)
 {

@@ -131,6 +131,19 @@ public:
 
     // The drawing exposed at `frame` (truncated to a whole frame), or an empty handle.
     OC_DrawingPtr oglDrawing(double frame) const;
+
+    // The drawings and the timing together: what an edit of the element's drawings changes and
+    // what its undo puts back. Cheap to copy, since drawings are shared and never changed in place.
+    struct Content {
+        std::map<QString, UT_SharedPtr<OC_Drawing const>> drawings;
+        std::map<int, QString> timing;  // each name empty or a key of drawings
+    };
+    Content content() const;
+    // Replaces drawings and timing. Careful: drawings keep the keys they were made with, so give
+    // back only contents taken from this element.
+    void setContent(Content content);
+    // The name of a new drawing: one more than the greatest whole-number name, "1" for the first.
+    QString nextDrawingName() const;
     // Drawings are held in memory with the scene, so loading is the same as fetching.
     OC_DrawingPtr load(MO_BaseContext const &context) const { return oglDrawing(context.frame()); }
     // Whether tools may work on the element: it exposes at least one drawing somewhere.

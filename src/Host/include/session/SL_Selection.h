@@ -16,6 +16,7 @@
 #include <vector>
 
 class CO_CommandManager;
+class MO_ElementModule;
 class MO_Node;
 
 class SL_Selection : public TUTeller {
@@ -48,6 +49,9 @@ std::vector<MO_Node *> getNodes(SL_Selection const *selection);
 MO_Node *getSingleNode(SL_Selection const *selection);
 // The first selected node; null when none is.
 MO_Node *getFirstNode(SL_Selection const *selection);
+// The first selected drawing element, passing over other nodes; null when none is selected. The
+// element that the drawing view shows and that the pencil and new drawings work on.
+MO_ElementModule *getFirstElement(SL_Selection const *selection);
 void addToSelection(SL_Selection *selection, MO_Node *node);
 void removeFromSelection(SL_Selection *selection, MO_Node *node);
 void clear(SL_Selection *selection);

@@ -16,6 +16,9 @@
 // matrix carries the pan (the camera-space point shown at the centre of the view) and the
 // projection carries the zoom (1 shows the field as above). Drawing, picking, viewToScene and every
 // tool that maps points through canvasBinder() therefore follow them without knowing.
+// Onion skin (off at first) paints, before the current drawings, the drawings of each element's
+// neighbouring exposures, faded and tinted (VW_OnionSkin.h). The drawing view (kind 1) shows only
+// the selected element, in its drawing's own space.
 //
 // Picking: the pick pass paints, on a pick canvas of the view's size, each drawing in the colour of
 // a picking id of its module, then the tool's own pick drawing. pick() finds one id in the square of
@@ -37,6 +40,7 @@
 #include <memory>
 #include <vector>
 
+class MO_ElementModule;
 class MO_Module;
 class QCursor;
 class SC_Session;
@@ -44,6 +48,7 @@ class TO_Tool;
 class VS_Canvas;
 
 namespace Math {
+class Matrix4x4;
 class Point2d;
 }
 
@@ -131,6 +136,21 @@ public:
     static constexpr double kFitMargin = 0.05;
     void fitScene();
     void resetCamera();
+    // Onion skin: while on, each element shows the drawings of its neighbouring exposures,
+    // faded and tinted, under its current drawing; they are picked like drawings, and a pick of
+    // one gives its frame (VW_OnionSkin.h). Off at first.
+    bool onionSkin() const;
+    void setOnionSkin(bool on);
+    // CameraView or DrawingView; other values give the camera view. The drawing view shows the
+    // first selected element's drawing (and its onion skin) in the drawing's own space, without
+    // the camera and the pegs or deformers above it.
+    void setViewKind(int kind);
+    // The model matrix of the drawing view: the drawing's own space is the view's scene space.
+    static Math::Matrix4x4 drawingViewModelMatrix();
+    // The model matrix under which a view of `viewKind` draws the element's drawings at `frame`:
+    // its world matrix in the camera view, drawingViewModelMatrix() in the drawing view. Tools
+    // map pointer points into a drawing through it.
+    static Math::Matrix4x4 elementModelMatrix(MO_ElementModule const &element, double frame, int viewKind);
 
     // Scene (OGL) point of a view point and back, under the view's camera; false when it cannot map.
     bool viewToScene(Math::Point2d const &view, Math::Point2d &scene);
@@ -157,6 +177,8 @@ signals:
     void dragStepFinished();
     // The zoom or the pan changed.
     void cameraChanged();
+    void onionSkinChanged(bool on);
+    void viewKindChanged(int kind);
 
 private:
     struct Impl;
