@@ -756,6 +756,13 @@ Math::Matrix4x4 VW_View::elementModelMatrix(MO_ElementModule const &element, dou
     return viewKind == DrawingView ? drawingViewModelMatrix() : worldMatrix(element, frame);
 }
 
+Math::Matrix4x4 VW_View::exposedDrawingModelMatrix(MO_ElementModule const &element, double frame, int viewKind)
+{
+    OC_DrawingPtr const drawing = element.oglDrawing(frame);
+    Math::Matrix4x4 const model = elementModelMatrix(element, frame, viewKind);
+    return drawing.isDrawing() ? AT_ShiftAndTraceUtil::displayModelMatrix(element, drawing->celKey(), model) : model;
+}
+
 bool VW_View::onionSkin() const
 {
     return d_->onionSkin;

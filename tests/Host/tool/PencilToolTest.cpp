@@ -11,6 +11,7 @@
 #include "panel/TP_ToolProperties.h"
 #include "plugin/PLUG_Services.h"
 #include "preference/PR_Preference.h"
+#include "scene/AT_ShiftAndTraceUtil.h"
 #include "scene/MO_Module.h"
 #include "scene/TUScene.h"
 #include "scene/TUSceneFile.h"
@@ -53,6 +54,7 @@ protected:
     {
         view.setToolId(CX_ToolIds::None);
         PLUG_Services::setSelection(nullptr);
+        AT_ShiftAndTraceUtil::setShiftAndTraceEnabled(false);
         tuPref->remove(TO_PencilTool::colorKey());
         tuPref->remove(TO_PencilTool::widthKey());
     }
@@ -113,6 +115,40 @@ TEST_F(PencilTest, InTheDrawingViewTheStrokeLandsInTheDrawingsOwnSpace)
     session->setCameraMatrix(camera);
     stroke({{50, 40}, {75.25, 14.75}});
     expectPoints(lastShape(1).points, {{0, 0}, {0.5, 0.5}});
+}
+
+// Under the peg, a scene point s is the drawing point (-0.125 + 0.5 sy, 0.25 - 0.5 sx) (from the
+// first test's three points).
+TEST_F(PencilTest, AStrokeInAZoomedPannedViewLandsUnderThePointer)
+{
+    // Zoom 2 about the centre pixel (50, 40): 101 pixels per unit; the pan then moves the picture
+    // 10 pixels right and 20 up, so the scene origin is at pixel (60, 20) and a pixel (px, py) sees
+    // ((px - 60) / 101, (20 - py) / 101).
+    ASSERT_TRUE(view.setZoom(2.0));
+    ASSERT_TRUE(view.pan(10, -20));
+    // Pixels (60, 20), (85.25, 20), (60, 70.5) see (0, 0), (0.25, 0), (0, -0.5).
+    stroke({{60, 20}, {85.25, 20}, {60, 70.5}});
+    expectPoints(lastShape(1).points, {{-0.125, 0.25}, {-0.125, 0.125}, {-0.375, 0.25}});
+}
+
+TEST_F(PencilTest, AStrokeOnAShiftedDrawingLandsWhereTheShiftedDrawingShows)
+{
+    MO_ElementModule *element = bar();
+    CA_CelKey const key = element->oglDrawing(1)->celKey();
+    AT_ShiftAndTraceUtil::ShiftAndTraceAttr::PositionData turned;
+    turned.rotation = 90.0;  // about the pivot (0, 0): the drawing point (x, y) shows at (-y, x)
+    ASSERT_TRUE(AT_ShiftAndTraceUtil::addShiftAndTrace(element)->setPositionFor(key, turned));
+    AT_ShiftAndTraceUtil::setShiftAndTraceEnabled(true);
+    // The scene points (0, 0), (1, 0), (0, 0.5) are the unshifted drawing points (-0.125, 0.25),
+    // (-0.125, -0.25), (0.125, 0.25); the shifted drawing shows there its points turned back by 90
+    // degrees, (x, y) -> (y, -x).
+    stroke({{50, 40}, {100.5, 40}, {50, 14.75}});
+    expectPoints(lastShape(1).points, {{0.25, 0.125}, {-0.25, 0.125}, {0.25, -0.125}});
+    AT_ShiftAndTraceUtil::setShiftAndTraceEnabled(false);
+
+    // With Shift and Trace off the shift is not shown, and a stroke lands as without it.
+    stroke({{50, 40}, {100.5, 40}});
+    expectPoints(lastShape(1).points, {{-0.125, 0.25}, {-0.125, -0.25}});
 }
 
 TEST_F(PencilTest, OneUndoStepPerStrokeAndUndoLeavesTheFileAsItWasOpened)

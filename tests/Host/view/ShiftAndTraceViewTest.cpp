@@ -181,6 +181,36 @@ TEST_F(ShiftAndTraceView, ThePickPassFollowsTheShift)
     EXPECT_EQ(view->pick(UT_Point(shifted.x(), shifted.y()), true, 0), nullptr);
 }
 
+// The same shift on drawing "1" seen as an onion drawing from frame 5, where drawing "2" is
+// exposed: the onion drawing, its pick and its pegs all go through the shift, at frame 1.
+TEST_F(ShiftAndTraceView, AnOnionDrawingIsShownPickedAndPeggedThroughItsShift)
+{
+    setShift(30, 1.2, 0.8, 2, -3, 2);
+    session->setCurrentFrame(5);
+    view->setOnionSkin(true);
+    QPoint const shifted = pixelOf(0.523205, 0.525);
+    QPoint const unshifted = pixelOf(0.7, 0.3);
+
+    QImage const image = view->render();
+    EXPECT_FALSE(isPaper(image, shifted));  // tinted and faded, not the drawing's own green
+    EXPECT_TRUE(isPaper(image, unshifted));
+
+    auto const *hit = dynamic_cast<SLB_ModuleDescriptorWithFrame *>(view->pick(UT_Point(shifted.x(), shifted.y()), true, 0).get());
+    ASSERT_TRUE(hit);
+    EXPECT_EQ(hit->module(), hand);
+    EXPECT_EQ(hit->frame(), 1);
+
+    RecordingGenerator generator;
+    setShiftAndTracePickingHandleGenerator(&generator);
+    setShiftAndTraceShowPegsIfSelected(true);
+    view->pick(UT_Point(0, 0), false, 0);
+    bool peggedAtFrameOne = false;
+    for (auto const &entry : generator.pegs)
+        peggedAtFrameOne = peggedAtFrameOne || (std::get<1>(entry.second) == kKey && std::get<2>(entry.second) == 1);
+    EXPECT_TRUE(peggedAtFrameOne);
+    view->setOnionSkin(false);
+}
+
 // The peg bar's centre peg (field units): below (0, -10), above (0, 10), left (-10, 0), right
 // (10, 0). The shift turns by 180 degrees, halves, and moves by (-6, -4) field = (-0.5, -0.25) OGL,
 // which cancels the element's place: a peg at P (OGL) is shown at -P / 2.

@@ -151,6 +151,11 @@ public:
     // its world matrix in the camera view, drawingViewModelMatrix() in the drawing view. Tools
     // map pointer points into a drawing through it.
     static Math::Matrix4x4 elementModelMatrix(MO_ElementModule const &element, double frame, int viewKind);
+    // The model matrix under which the drawing that the element exposes at `frame` shows: the
+    // element's matrix times that drawing's display shift while Shift and Trace is on. A tool that
+    // draws into the drawing maps the pointer through it, so that a stroke lands under the pointer
+    // however the drawing is shifted.
+    static Math::Matrix4x4 exposedDrawingModelMatrix(MO_ElementModule const &element, double frame, int viewKind);
 
     // Scene (OGL) point of a view point and back, under the view's camera; false when it cannot map.
     bool viewToScene(Math::Point2d const &view, Math::Point2d &scene);

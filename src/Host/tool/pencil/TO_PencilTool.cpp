@@ -62,7 +62,8 @@ TO_PencilTool::~TO_PencilTool() = default;
 
 namespace {
 
-// The point of the drawing's own space under a view point, or false when it cannot map.
+// The point of the drawing's own space under a view point, as the drawing shows (shifted or not),
+// or false when it cannot map.
 bool drawingPoint(TO_AbstractToolContext &view, MO_ElementModule const &element, double frame, Math::Point2d const &at,
                   Math::Point2d &point)
 {
@@ -70,7 +71,7 @@ bool drawingPoint(TO_AbstractToolContext &view, MO_ElementModule const &element,
     if (!binder)
         return false;
     CC_CameraChainTransformCanvasBinder::Scope scope(*binder);
-    binder->setModelMatrix(VW_View::elementModelMatrix(element, frame, view.viewKind()));
+    binder->setModelMatrix(VW_View::exposedDrawingModelMatrix(element, frame, view.viewKind()));
     return binder->cameraTransformChain().transform(Math::CameraTransformChain::ViewFrame, at,
                                                     Math::CameraTransformChain::ModelFrame, point);
 }
@@ -143,7 +144,7 @@ void TO_PencilTool::draw(PickMode mode)
     if (mode != NormalMode || !element || !binder || d_->stroke.points.size() < 2)
         return;
     CC_CameraChainTransformCanvasBinder::Scope scope(*binder);
-    binder->setModelMatrix(VW_View::elementModelMatrix(*element, d_->frame, context()->viewKind()));
+    binder->setModelMatrix(VW_View::exposedDrawingModelMatrix(*element, d_->frame, context()->viewKind()));
     VU_Painter painter(*binder);
     QColor const &c = d_->stroke.stroke;
     painter.setLineThickness(d_->stroke.thickness);
