@@ -49,7 +49,8 @@ public:
     // folder of `options` (a plug-in that cannot be used is reported and left out).
     void startup(AH_Options const &options);
     // Unpolishes the plug-ins, forgets the panel factories and services, saves the preferences.
-    void shutdown();
+    // False when the preferences could not be saved (the store said why on standard error).
+    bool shutdown();
 
     AC_Manager *actionManager() const;
     PLUG_MenuModel *menus() const;

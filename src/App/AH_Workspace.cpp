@@ -3,6 +3,7 @@
 #include "command/CO_CommandManager.h"
 #include "plugin/PLUG_Services.h"
 #include "scene/AT_Attr.h"
+#include "scene/SC_Frames.h"
 #include "scene/TUScene.h"
 #include "scene/TUSceneFile.h"
 #include "session/SC_Session.h"
@@ -191,8 +192,8 @@ bool AH_Workspace::selectNodes(QStringList const &names, QString *error)
 
 bool AH_Workspace::setFrame(double frame, QString *error)
 {
-    if (!std::isfinite(frame))
-        return fail(error, QStringLiteral("expected a finite frame"));
+    if (!SC_Frames::contains(frame))
+        return fail(error, QStringLiteral("expected %1, not %2").arg(SC_Frames::rangeText()).arg(frame));
     d_->session->setCurrentFrame(frame);
     return true;
 }
@@ -246,8 +247,8 @@ bool AH_Workspace::attributeText(QString const &node, QString const &attr, doubl
     AT_Attr *a = nodeAttr(node, attr, error);
     if (!a)
         return false;
-    if (!std::isfinite(frame))
-        return fail(error, QStringLiteral("expected a finite frame"));
+    if (!SC_Frames::contains(frame))
+        return fail(error, QStringLiteral("expected %1, not %2").arg(SC_Frames::rangeText()).arg(frame));
     *text = a->textValue(frame);
     return true;
 }

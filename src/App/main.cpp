@@ -6,7 +6,8 @@
 //       --run: the script's gestures are played in the window's session before it shows;
 //       --screenshot: the window saves a picture of itself and quits.
 //
-// Exit status: 0 on success; 1 when a scene or a script fails; 2 for a bad command line.
+// Exit status: 0 on success; 1 when a scene or a script fails, or a batch run cannot save the
+// preferences; 2 for a bad command line.
 #include "AH_BatchRunner.h"
 #include "AH_Host.h"
 #include "AH_MainWindow.h"
@@ -86,6 +87,10 @@ int main(int argc, char *argv[])
             status = status ? status : result;
         }
     }
-    host.shutdown();
+    // A batch run that set preferences it cannot keep has not done what it was asked.
+    if (!host.shutdown() && batch && status == 0) {
+        err << "animhost: expected preferences that can be saved\n";
+        status = 1;
+    }
     return status;
 }

@@ -6,6 +6,7 @@
 #include "graphic/VU_Painter.h"
 #include "scene/MO_Module.h"
 #include "scene/MO_ModuleVisitor.h"
+#include "scene/SC_Frames.h"
 #include "scene/TUScene.h"
 #include "command/CO_CommandManager.h"
 #include "session/SC_Session.h"
@@ -295,9 +296,10 @@ MO_Module *VW_View::moduleForPickId(unsigned int id) const
     return found == d_->pickModules.end() ? nullptr : found->second.get();
 }
 
-UT_SharedPtr<SLB_SelectableDescriptor> VW_View::pick(UT_Point const &point, bool commit, int)
+UT_SharedPtr<SLB_SelectableDescriptor> VW_View::pick(UT_Point const &asked, bool commit, int)
 {
     Impl &d = *d_;
+    UT_Point const point = asked.clamped();  // the pixels around it stay within int
     if (d.drawing)
         return nullptr;  // a tool that picks while it draws finds nothing
     // The pick pass.
@@ -359,7 +361,7 @@ UT_SharedPtr<SLB_SelectableDescriptor> VW_View::pick(UT_Point const &point, bool
     // beside it within the radius, is what the user aimed at, and the drawing is not picked.
     UT_SharedPtr<SLB_SelectableDescriptor> descriptor;
     if (MO_Module *module = ids.empty() ? nullptr : moduleForPickId(ids.front()))
-        descriptor = UT_MakeShared<SLB_ModuleDescriptorWithFrame>(module, static_cast<int>(d.frame()));
+        descriptor = UT_MakeShared<SLB_ModuleDescriptorWithFrame>(module, SC_Frames::toInt(d.frame()));
     // Careful: the tool may change the scene or this view from oglScanHit; ids are copied above.
     int handle = -1;
     if (d.tool)
@@ -379,8 +381,9 @@ CC_CameraChainTransformCanvasBinder *VW_View::canvasBinder()
     return &d_->binder;
 }
 
-bool VW_View::mousePress(Math::Point2d const &point, Qt::KeyboardModifiers modifiers)
+bool VW_View::mousePress(Math::Point2d const &asked, Qt::KeyboardModifiers modifiers)
 {
+    Math::Point2d const point = UT_Point::clamped(asked);
     d_->modifiers = modifiers;
     d_->pressed = true;
     bool const used = d_->tool ? d_->tool->onMouseDown(GR_StylusPoint(point)) : selectAt(point);
@@ -405,8 +408,9 @@ bool VW_View::selectAt(Math::Point2d const &point)
     return true;
 }
 
-bool VW_View::mouseMove(Math::Point2d const &point, Qt::KeyboardModifiers modifiers)
+bool VW_View::mouseMove(Math::Point2d const &asked, Qt::KeyboardModifiers modifiers)
 {
+    Math::Point2d const point = UT_Point::clamped(asked);
     d_->modifiers = modifiers;
     if (!d_->tool)
         return false;
@@ -422,8 +426,9 @@ bool VW_View::mouseMove(Math::Point2d const &point, Qt::KeyboardModifiers modifi
     return used;
 }
 
-bool VW_View::mouseRelease(Math::Point2d const &point, Qt::KeyboardModifiers modifiers)
+bool VW_View::mouseRelease(Math::Point2d const &asked, Qt::KeyboardModifiers modifiers)
 {
+    Math::Point2d const point = UT_Point::clamped(asked);
     d_->modifiers = modifiers;
     bool const wasPressed = d_->pressed;
     d_->pressed = false;

@@ -56,7 +56,7 @@ bool IKTool::Impl::canClearKeyframes()
 
 int IKTool::Impl::currentKey() const
 {
-    return int(tool->context()->currentFrame());
+    return SC_Frames::toInt(tool->context()->currentFrame());
 }
 
 void IKTool::Impl::activeRange(int &from, int &to) const
