@@ -161,7 +161,7 @@ TEST_F(RandomUndo, UndoingEverythingGivesTheOpenedFileAndRedoingGivesTheFileBefo
         ASSERT_TRUE(runner.run(script, QStringLiteral("start"), folder.path(), &errors)) << errors.join('\n').toStdString();
         QByteArray const opened = saved(workspace, QStringLiteral("opened.xml"));
 
-        for (int count = steps.number(4, 12); count > 0; --count) {
+        for (int count = steps.number(6, 16); count > 0; --count) {
             QString const lines = steps.step();
             script += lines;
             errors.clear();
@@ -181,9 +181,10 @@ TEST_F(RandomUndo, UndoingEverythingGivesTheOpenedFileAndRedoingGivesTheFileBefo
         undoSteps += undone;
         EXPECT_EQ(saved(workspace, QStringLiteral("undone.xml")).toStdString(), opened.toStdString())
             << "sequence " << sequence << ", after " << undone << " undos:\n" << script.toStdString();
-        while (workspace.redo())
-            --undone;
-        EXPECT_EQ(undone, 0) << "sequence " << sequence;
+        // As many redos as undos: steps undone inside the sequence and not replaced may wait on
+        // the redo stack beyond them.
+        for (int step = 0; step < undone; ++step)
+            ASSERT_TRUE(workspace.redo()) << "sequence " << sequence << ", redo " << step + 1 << " of " << undone;
         EXPECT_EQ(saved(workspace, QStringLiteral("redone.xml")).toStdString(), before.toStdString())
             << "sequence " << sequence << ":\n" << script.toStdString();
         if (HasFailure())
