@@ -264,6 +264,23 @@ TEST_F(BatchTest, BadLinesAreEachRefusedWithTheirLineAndNothingRuns)
     EXPECT_EQ(errors.size(), 2);
 }
 
+// Checking a script reads it as a run does first, and runs nothing.
+TEST_F(BatchTest, CheckingAScriptGivesTheMessagesOfARunAndRunsNothing)
+{
+    QString const good = QStringLiteral("open arm.xml\nframe 12\nsave checked.xml\n");
+    QStringList messages;
+    EXPECT_TRUE(AH_BatchRunner::check(good, QStringLiteral("script.txt"), &messages));
+    EXPECT_TRUE(messages.isEmpty());
+    EXPECT_EQ(workspace.findNode(QStringLiteral("Hand")), nullptr);
+    EXPECT_FALSE(QFile::exists(out.filePath(QStringLiteral("checked.xml"))));
+
+    QString const bad = QStringLiteral("frame x\nfly\nframe 3e9\nsave a.xml\n");
+    EXPECT_FALSE(AH_BatchRunner::check(bad, QStringLiteral("script.txt"), &messages));
+    EXPECT_FALSE(run(bad));
+    EXPECT_EQ(messages, errors);
+    EXPECT_EQ(messages.size(), 3);
+}
+
 // Frames beyond the frame limits (SC_Frames) are refused wherever a line takes one, with the
 // limits in the message, before anything runs.
 TEST_F(BatchTest, FramesBeyondTheLimitsAreRefusedWithTheLimitsNamed)
