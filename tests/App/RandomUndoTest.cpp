@@ -25,7 +25,7 @@ namespace {
 
 // Sanitized builds run several times slower: fewer sequences there, the same kinds of steps.
 #ifdef ANIM_SANITIZED_BUILD
-constexpr int kSequences = 30;
+constexpr int kSequences = 60;
 #else
 constexpr int kSequences = 200;
 #endif
