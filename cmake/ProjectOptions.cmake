@@ -18,7 +18,20 @@ endif()
 if(ANIM_SANITIZE)
   # Sanitizers apply to the whole build, libraries included, so that a shared library loaded at
   # run time by a sanitized executable is instrumented as well.
-  add_compile_options(-fsanitize=address,undefined -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
+  # GCC's UBSan leaves out float-cast-overflow (a double beyond the range of the int it is cast
+  # to, as a frame of 3e9 once was): it is asked for by name.
+  add_compile_options(-fsanitize=address,undefined,float-cast-overflow -fno-omit-frame-pointer
+                      -fno-sanitize-recover=undefined,float-cast-overflow)
+  add_link_options(-fsanitize=address,undefined)
+endif()
+
+if(ANIM_FUZZ)
+  # libFuzzer comes with clang. Every object gets the fuzzer's coverage and the sanitizers; the
+  # fuzz programs alone link libFuzzer's main (tests/fuzz/).
+  if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    message(FATAL_ERROR "ANIM_FUZZ needs clang (the fuzz preset chooses clang++), not ${CMAKE_CXX_COMPILER_ID}")
+  endif()
+  add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
 endif()
 

@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
 # Installs, by Debian package name, everything the project needs to build, test and run on a
 # fresh Debian 12 machine. Safe to run again: apt skips what is already there.
+#   scripts/setup-debian.sh        what the build, the tests and CI need
+#   scripts/setup-debian.sh fuzz   that, and clang with its fuzzer runtime (the fuzz preset)
 set -euo pipefail
 
 packages=(
@@ -11,6 +13,9 @@ packages=(
   xvfb xauth
   dpkg-dev file help2man lintian
 )
+if [ "${1:-}" = fuzz ]; then
+  packages+=(clang libclang-rt-14-dev)
+fi
 
 sudo_cmd=()
 if [ "$(id -u)" -ne 0 ]; then sudo_cmd=(sudo); fi

@@ -111,8 +111,8 @@ int toKeyCode(QString const &text);
 bool sameValue(QString const &actual, QString const &expected);
 
 // Checks for rows.
-AH_BatchCommand::Check frameAt(int index);          // the word at `index` is a finite frame number
-AH_BatchCommand::Check wholeFramesFrom(int index);  // every word from `index` on is a whole frame number
+AH_BatchCommand::Check frameAt(int index);          // the word at `index` is a frame number within SC_Frames
+AH_BatchCommand::Check wholeFramesFrom(int index);  // every word from `index` on is a whole frame number within SC_Frames
 AH_BatchCommand::Check sizeAt(int index);           // two words from `index`: a size from 1 to 10000
 bool checkPoint(QStringList const &args, QString &why);  // [scene] X Y [modifiers]
 } // namespace AH_BatchWords

@@ -3,6 +3,7 @@
 #include "AH_BatchCommands.h"
 #include "AH_Workspace.h"
 #include "panel/TP_ToolProperties.h"
+#include "scene/SC_Frames.h"
 #include "view/VW_View.h"
 
 #include <QDir>
@@ -132,19 +133,19 @@ AH_BatchCommand::Check AH_BatchWords::frameAt(int index)
 {
     return [index](QStringList const &a, QString &why) {
         double v = 0.0;
-        why = QStringLiteral("a finite frame number");
-        return toNumber(a[index], v);
+        why = QStringLiteral("a finite frame number from %1 to %2").arg(SC_Frames::kFirst).arg(SC_Frames::kLast);
+        return toNumber(a[index], v) && SC_Frames::contains(v);
     };
 }
 
 AH_BatchCommand::Check AH_BatchWords::wholeFramesFrom(int index)
 {
     return [index](QStringList const &a, QString &why) {
-        why = QStringLiteral("whole frame numbers");
+        why = QStringLiteral("whole frame numbers from %1 to %2").arg(SC_Frames::kFirst).arg(SC_Frames::kLast);
         for (int i = index; i < a.size(); ++i) {
             bool ok = false;
-            a[i].toInt(&ok);
-            if (!ok)
+            int const frame = a[i].toInt(&ok);
+            if (!ok || !SC_Frames::contains(frame))
                 return false;
         }
         return true;
@@ -302,17 +303,21 @@ bool AH_BatchRunner::runFile(QString const &path, QStringList *errors)
     return run(text, path, QFileInfo(path).absolutePath(), errors);
 }
 
-bool AH_BatchRunner::run(QString const &text, QString const &source, QString const &inputFolder, QStringList *errors)
-{
-    QStringList messages;
-    // Every message reads "<source>:<line>: expected ...".
-    auto report = [&](int line, QString const &what) {
-        QString const text = what.startsWith(QLatin1String("expected ")) ? what : QStringLiteral("expected ") + what;
-        messages << QStringLiteral("%1:%2: %3").arg(source).arg(line).arg(text);
-    };
+namespace {
 
-    // Read everything first: a script with a bad line does not run at all.
-    std::vector<std::pair<Line, AH_BatchCommand const *>> lines;
+using ParsedLines = std::vector<std::pair<Line, AH_BatchCommand const *>>;
+
+// Every message reads "<source>:<line>: expected ...".
+void report(QStringList &messages, QString const &source, int line, QString const &what)
+{
+    QString const text = what.startsWith(QLatin1String("expected ")) ? what : QStringLiteral("expected ") + what;
+    messages << QStringLiteral("%1:%2: %3").arg(source).arg(line).arg(text);
+}
+
+// The lines of `text` with their commands; a message per line that is not understood.
+ParsedLines parse(QString const &text, QString const &source, QStringList &messages)
+{
+    ParsedLines lines;
     QStringList const rows = text.split(QLatin1Char('\n'));
     for (int i = 0; i < rows.size(); ++i) {
         QString const row = rows[i].trimmed();
@@ -321,7 +326,7 @@ bool AH_BatchRunner::run(QString const &text, QString const &source, QString con
         Line line;
         line.number = i + 1;
         if (!splitWords(row, line.words)) {
-            report(line.number, QStringLiteral("a closing double quote"));
+            report(messages, source, line.number, QStringLiteral("a closing double quote"));
             continue;
         }
         AH_BatchCommand const *command = findCommand(line.words.front());
@@ -329,16 +334,36 @@ bool AH_BatchRunner::run(QString const &text, QString const &source, QString con
             QStringList known;
             for (AH_BatchCommand const &row : AH_BatchCommandTable())
                 known << row.name;
-            report(line.number, QStringLiteral("a command (%1), not \"%2\"").arg(known.join(QStringLiteral(", ")), line.words.front()));
+            report(messages, source, line.number,
+                   QStringLiteral("a command (%1), not \"%2\"").arg(known.join(QStringLiteral(", ")), line.words.front()));
             continue;
         }
         QString const problem = lineProblem(*command, line.words.mid(1));
         if (!problem.isEmpty()) {
-            report(line.number, problem);
+            report(messages, source, line.number, problem);
             continue;
         }
         lines.emplace_back(line, command);
     }
+    return lines;
+}
+
+} // namespace
+
+bool AH_BatchRunner::check(QString const &text, QString const &source, QStringList *errors)
+{
+    QStringList messages;
+    parse(text, source, messages);
+    if (errors)
+        *errors << messages;
+    return messages.isEmpty();
+}
+
+bool AH_BatchRunner::run(QString const &text, QString const &source, QString const &inputFolder, QStringList *errors)
+{
+    // Read everything first: a script with a bad line does not run at all.
+    QStringList messages;
+    ParsedLines const lines = parse(text, source, messages);
     if (!messages.isEmpty()) {
         if (errors)
             *errors << messages;
@@ -349,7 +374,7 @@ bool AH_BatchRunner::run(QString const &text, QString const &source, QString con
     for (auto const &[line, command] : lines) {
         QString why;
         if (!command->run(d_->context, line.words.mid(1), why)) {
-            report(line.number, why);
+            report(messages, source, line.number, why);
             if (errors)
                 *errors << messages;
             return false;

@@ -40,6 +40,9 @@ public:
     bool runFile(QString const &path, QStringList *errors);
     // Runs `text`, naming it `source` in messages; `inputFolder` resolves the paths of "open".
     bool run(QString const &text, QString const &source, QString const &inputFolder, QStringList *errors);
+    // Reads `text` as run() does before it runs anything, and runs nothing: true when every line
+    // is understood, else one message per bad line in `errors`. Touches no workspace or file.
+    static bool check(QString const &text, QString const &source, QStringList *errors);
 
 private:
     struct Impl;

@@ -193,10 +193,10 @@ void AH_Host::startup(AH_Options const &options)
     d_->running = true;
 }
 
-void AH_Host::shutdown()
+bool AH_Host::shutdown()
 {
     if (!d_->running)
-        return;
+        return true;
     d_->running = false;
     d_->loader->unpolishAll();
     TP_ToolPropertiesPanelFactory::clearPanelFactories();
@@ -206,7 +206,7 @@ void AH_Host::shutdown()
     PLUG_Services::setPreference(nullptr);
     if (PLUG_Services::getSessionContext() == d_->startupContext.get())
         PLUG_Services::setSessionContext(nullptr);
-    tuPref->save();
+    return tuPref->save();
 }
 
 AC_Manager *AH_Host::actionManager() const

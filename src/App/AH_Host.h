@@ -78,7 +78,8 @@ public:
     // cannot be used, or a folder of the search path that does not exist, is reported and left out.
     void startup(AH_Options const &options);
     // Unpolishes the plug-ins, forgets the panel factories and services, saves the preferences.
-    void shutdown();
+    // False when the preferences could not be saved (the store said why on standard error).
+    bool shutdown();
 
     AC_Manager *actionManager() const;
     PLUG_MenuModel *menus() const;

@@ -5,6 +5,7 @@
 #include "scene/AT_Attr.h"
 #include "scene/AT_ShiftAndTraceUtil.h"
 #include "scene/CA_DrawingCmds.h"
+#include "scene/SC_Frames.h"
 #include "scene/TUScene.h"
 #include "scene/TUSceneFile.h"
 #include "session/SC_Session.h"
@@ -235,8 +236,8 @@ bool AH_Workspace::selectNodes(QStringList const &names, QString *error)
 
 bool AH_Workspace::setFrame(double frame, QString *error)
 {
-    if (!std::isfinite(frame))
-        return fail(error, QStringLiteral("expected a finite frame"));
+    if (!SC_Frames::contains(frame))
+        return fail(error, QStringLiteral("expected %1, not %2").arg(SC_Frames::rangeText()).arg(frame));
     int const last = frameCount();
     if (frame < 1.0 || frame > last)
         return fail(error, QStringLiteral("expected a frame of the scene, from 1 to %1, not %2").arg(last).arg(frame));
@@ -357,8 +358,8 @@ bool AH_Workspace::attributeText(QString const &node, QString const &attr, doubl
     AT_Attr *a = nodeAttr(node, attr, error);
     if (!a)
         return false;
-    if (!std::isfinite(frame))
-        return fail(error, QStringLiteral("expected a finite frame"));
+    if (!SC_Frames::contains(frame))
+        return fail(error, QStringLiteral("expected %1, not %2").arg(SC_Frames::rangeText()).arg(frame));
     *text = a->textValue(frame);
     return true;
 }

@@ -12,7 +12,8 @@
 // command line need no display, and a batch run always takes Qt's offscreen platform, whatever
 // QT_QPA_PLATFORM says.
 //
-// Exit status: 0 on success; 1 when a scene or a script fails; 2 for a bad command line.
+// Exit status: 0 on success; 1 when a scene or a script fails, or a batch run cannot save the
+// preferences; 2 for a bad command line.
 #include "AH_BatchRunner.h"
 #include "AH_Host.h"
 #include "AH_MainWindow.h"
@@ -104,6 +105,10 @@ int main(int argc, char *argv[])
             status = status ? status : result;
         }
     }
-    host.shutdown();
+    // A batch run that set preferences it cannot keep has not done what it was asked.
+    if (!host.shutdown() && !options.batchScript.isEmpty() && status == 0) {
+        err << "animhost: expected preferences that can be saved\n";
+        status = 1;
+    }
     return status;
 }

@@ -282,6 +282,62 @@ TEST_F(BatchTest, BadLinesAreEachRefusedWithTheirLineAndNothingRuns)
     EXPECT_EQ(errors.size(), 2);
 }
 
+// Checking a script reads it as a run does first, and runs nothing.
+TEST_F(BatchTest, CheckingAScriptGivesTheMessagesOfARunAndRunsNothing)
+{
+    QString const good = QStringLiteral("open arm.xml\nframe 12\nsave checked.xml\n");
+    QStringList messages;
+    EXPECT_TRUE(AH_BatchRunner::check(good, QStringLiteral("script.txt"), &messages));
+    EXPECT_TRUE(messages.isEmpty());
+    EXPECT_EQ(workspace.findNode(QStringLiteral("Hand")), nullptr);
+    EXPECT_FALSE(QFile::exists(out.filePath(QStringLiteral("checked.xml"))));
+
+    QString const bad = QStringLiteral("frame x\nfly\nframe 3e9\nsave a.xml\n");
+    EXPECT_FALSE(AH_BatchRunner::check(bad, QStringLiteral("script.txt"), &messages));
+    EXPECT_FALSE(run(bad));
+    EXPECT_EQ(messages, errors);
+    EXPECT_EQ(messages.size(), 3);
+}
+
+// Frames beyond the frame limits (SC_Frames) are refused wherever a line takes one, with the
+// limits in the message, before anything runs.
+TEST_F(BatchTest, FramesBeyondTheLimitsAreRefusedWithTheLimitsNamed)
+{
+    QStringList const badLines = {
+        QStringLiteral("frame 3e9"),
+        QStringLiteral("frame -3e9"),
+        QStringLiteral("frame 1000000.5"),
+        QStringLiteral("frame 2147483648"),
+        QStringLiteral("frame 1e300"),
+        QStringLiteral("expect-frame -1000001"),
+        QStringLiteral("print Hand rotation 1e10"),
+        QStringLiteral("expect-value Hand rotation 3e9 0, 0, 0"),
+        QStringLiteral("expect-keys Hand rotation 1 2147483647"),
+        QStringLiteral("expect-keys Hand rotation -1000001"),
+    };
+    for (QString const &bad : badLines) {
+        SCOPED_TRACE(bad.toStdString());
+        EXPECT_FALSE(run(QStringLiteral("open arm.xml\nframe 5\n") + bad + QStringLiteral("\n")));
+        ASSERT_EQ(errors.size(), 1) << errors.join('\n').toStdString();
+        EXPECT_TRUE(errors[0].startsWith(QStringLiteral("script.txt:3: expected "))) << errors[0].toStdString();
+        EXPECT_TRUE(errors[0].contains(QStringLiteral("from -1000000 to 1000000"))) << errors[0].toStdString();
+        EXPECT_EQ(workspace.findNode(QStringLiteral("Hand")), nullptr);
+        EXPECT_EQ(workspace.session()->currentFrame(), 1.0);
+    }
+    // The limits themselves are frames a line may name; the current frame stays within the
+    // scene's own frames, a narrower range, checked while the script runs.
+    ASSERT_TRUE(run(QStringLiteral("open arm.xml\nframe 7\nprint Hand rotation 1000000\n"
+                                   "print Hand rotation -1000000\n")))
+        << errors.join('\n').toStdString();
+    EXPECT_FALSE(run(QStringLiteral("open arm.xml\nframe 1000000\n")));
+    ASSERT_EQ(errors.size(), 1);
+    EXPECT_TRUE(errors[0].contains(QStringLiteral("expected a frame of the scene"))) << errors[0].toStdString();
+    QString why;
+    EXPECT_FALSE(workspace.setFrame(3e9, &why));
+    EXPECT_TRUE(why.contains(QStringLiteral("from -1000000 to 1000000"))) << why.toStdString();
+    EXPECT_EQ(workspace.session()->currentFrame(), 1.0);  // as the scene opened: neither frame was taken
+}
+
 // Lines that read well but fail when they run stop the script there, naming the line.
 TEST_F(BatchTest, FailuresWhileRunningStopTheScriptAtTheirLine)
 {

@@ -1,6 +1,7 @@
 #include "preference/PR_Preference.h"
 
 #include "preference/PR_CachedPreferences.h"
+#include "base/UT_StorableText.h"
 
 #include <QDir>
 #include <QFile>
@@ -43,26 +44,6 @@ std::optional<Type> typeOf(QStringRef element)
         if (element == QLatin1String(t.element))
             return t.type;
     return std::nullopt;
-}
-
-// True when every character of `text` can be written to and read back from an XML 1.0 file.
-bool isStorableText(QString const &text)
-{
-    for (int i = 0; i < text.size(); ++i) {
-        ushort const c = text.at(i).unicode();
-        if (c < 0x20 && c != '\t' && c != '\n' && c != '\r')
-            return false;
-        if (c == 0xFFFE || c == 0xFFFF)
-            return false;
-        if (QChar::isHighSurrogate(c)) {
-            if (i + 1 >= text.size() || !text.at(i + 1).isLowSurrogate())
-                return false;
-            ++i;
-        } else if (QChar::isLowSurrogate(c)) {
-            return false;
-        }
-    }
-    return true;
 }
 
 QString valueToText(PR_PreferenceItem const &item)
@@ -142,9 +123,16 @@ std::optional<QString> parse(QFile &file, ItemMap &items)
         QString const key = attributes.value(QLatin1String("key")).toString();
         if (key.isEmpty())
             return failure(QStringLiteral("<%1> without a key").arg(xml.name()));
+        // The setters' rule: what could not be saved again is not loaded either.
+        if (!UT_isStorableText(key))
+            return failure(QStringLiteral("the key of <%1> holds characters a file cannot hold (%2)")
+                               .arg(xml.name(), UT_storableTextRule()));
         if (!attributes.hasAttribute(QLatin1String("value")))
             return failure(QStringLiteral("\"%1\" has no value").arg(key));
         QString const text = attributes.value(QLatin1String("value")).toString();
+        if (*type == Type::String && !UT_isStorableText(text))
+            return failure(QStringLiteral("\"%1\": the value holds characters a file cannot hold (%2)")
+                               .arg(key, UT_storableTextRule()));
         std::optional<QVariant> const value = valueFromText(*type, text);
         if (!value)
             return failure(QStringLiteral("\"%1\": \"%2\" is not a valid %3 value")
@@ -259,7 +247,13 @@ bool PR_Preference::save() const
         xml.writeAttribute(QStringLiteral("value"), valueToText(item));
     }
     xml.writeEndDocument();
-    if (xml.hasError() || !file.commit()) {
+    if (xml.hasError()) {
+        // The stream could not encode a key or a value: nothing is written over the old file.
+        file.cancelWriting();
+        report(QStringLiteral("%1: cannot save the preferences (a key or value could not be encoded)").arg(impl_->path));
+        return false;
+    }
+    if (!file.commit()) {
         report(QStringLiteral("%1: cannot save the preferences (%2)").arg(impl_->path, file.errorString()));
         return false;
     }
@@ -279,7 +273,7 @@ PR_PreferenceItem const *PR_Preference::find(QString const &key) const
 
 bool PR_Preference::set(QString const &key, Type type, QVariant const &value)
 {
-    if (key.isEmpty() || !isStorableText(key))
+    if (key.isEmpty() || !UT_isStorableText(key))
         return false;
     auto const it = impl_->items.find(key);
     if (it != impl_->items.end()) {
@@ -348,7 +342,7 @@ QString PR_Preference::getStringValue(QString const &key, QString const &default
 
 bool PR_Preference::setStringValue(QString const &key, QString const &value)
 {
-    if (!isStorableText(value))
+    if (!UT_isStorableText(value))
         return false;
     return set(key, Type::String, QVariant(value));
 }

@@ -1,8 +1,10 @@
 #include "scene/AT_ValueAttr.h"
+#include "base/UT_StorableText.h"
 
 #include "scene/AT_AttrCmds.h"
 #include "scene/AT_AttrSurrogate.h"
 #include "scene/PIO_XML.h"
+#include "scene/SC_Frames.h"
 
 #include <QRegularExpression>
 #include <QStringList>
@@ -321,8 +323,9 @@ public:
         QString const frameText = attributes.value(QLatin1String("frame")).toString();
         bool ok = false;
         int const frame = frameText.toInt(&ok);
-        if (!ok)
-            return errorHandler(ctx, QStringLiteral("expected a whole frame number in <key frame=\"...\"> of <%1>, found \"%2\"").arg(own_, frameText));
+        if (!ok || !SC_Frames::contains(frame))
+            return errorHandler(ctx, QStringLiteral("expected a whole frame number from %1 to %2 in <key frame=\"...\"> of <%3>, found \"%4\"")
+                                         .arg(SC_Frames::kFirst).arg(SC_Frames::kLast).arg(own_, frameText));
         if (staged_.keys.count(frame))
             return errorHandler(ctx, QStringLiteral("expected one key per frame in <%1>, found frame %2 twice").arg(own_).arg(frame));
         Key<T> key{};
@@ -437,7 +440,7 @@ bool AT_AnimatedAttr<T, Base>::hasKeyframe(int frame) const { return d_->curve.k
 template <class T, class Base>
 bool AT_AnimatedAttr<T, Base>::setKeyframe(int frame, T const &value, bool constantSegment)
 {
-    if (!isAnimatable() || !isAcceptable(value))
+    if (!isAnimatable() || !isAcceptable(value) || !SC_Frames::contains(frame))
         return false;
     Key<T> const key{value, constantSegment};
     auto it = d_->curve.keys.find(frame);
@@ -462,8 +465,8 @@ std::unique_ptr<CO_Command> AT_AnimatedAttr<T, Base>::setValueCmd(double frame, 
                                                                   bool relative, bool createKeyframe,
                                                                   bool constantSegment, bool localOnly)
 {
-    // A frame must truncate to an int; beyond that range the key would be undefined.
-    if (this->surrogate() || !std::isfinite(frame) || std::fabs(frame) >= 2147483648.0)
+    // A key lies within the frames a scene may hold (SC_Frames).
+    if (this->surrogate() || !SC_Frames::contains(frame))
         return nullptr;
     T target = value;
     if (relative) {
@@ -798,7 +801,7 @@ QString const &AT_StringAttr::localValue() const { return value_; }
 
 bool AT_StringAttr::setLocalValue(QString const &value)
 {
-    if (value == value_)
+    if (value == value_ || !UT_isStorableText(value))
         return false;
     value_ = value;
     notifyChanged();
@@ -810,6 +813,8 @@ QString AT_StringAttr::textValue(double) const { return value_; }
 
 std::unique_ptr<CO_Command> AT_StringAttr::setTextValue(double, QString const &text)
 {
+    if (!UT_isStorableText(text))
+        return nullptr;
     return AT_AttrStateCmd::make(this, saveState(), std::make_unique<StringState>(text));
 }
 
@@ -842,6 +847,13 @@ bool AT_StringAttr::acceptsSurrogate(AT_AttrSurrogate const &) const { return fa
 
 void AT_StringAttr::writeXmlContent(QXmlStreamWriter &writer) const
 {
-    if (!value_.isEmpty())
-        writer.writeCharacters(value_);
+    // A reader turns a carriage return of the text into a line feed ("\r\n" into one "\n"), so
+    // each is written as a character reference; the stream escapes the rest (<, >, &).
+    QStringList const pieces = value_.split(QLatin1Char('\r'));
+    for (int i = 0; i < pieces.size(); ++i) {
+        if (i > 0)
+            writer.writeEntityReference(QStringLiteral("#13"));
+        if (!pieces[i].isEmpty())
+            writer.writeCharacters(pieces[i]);
+    }
 }

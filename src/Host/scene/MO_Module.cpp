@@ -3,6 +3,7 @@
 #include "OwnAttrMeta.h"
 #include "scene/AT_ValueAttr.h"
 #include "scene/MO_ModuleVisitor.h"
+#include "scene/SC_Frames.h"
 #include "scene/SC_SceneMetrics.h"
 
 #include <algorithm>
@@ -197,7 +198,7 @@ void MO_ElementModule::addDrawing(QString const &name, std::vector<OC_VectorShap
 
 bool MO_ElementModule::setExposure(int frame, QString const &name)
 {
-    if (!name.isEmpty() && d_->drawings.count(name) == 0)
+    if ((!name.isEmpty() && d_->drawings.count(name) == 0) || !SC_Frames::contains(frame))
         return false;
     d_->timing[frame] = name;
     setDirty();
@@ -206,7 +207,7 @@ bool MO_ElementModule::setExposure(int frame, QString const &name)
 
 OC_DrawingPtr MO_ElementModule::oglDrawing(double frame) const
 {
-    auto it = d_->timing.upper_bound(static_cast<int>(frame));
+    auto it = d_->timing.upper_bound(SC_Frames::toInt(frame));
     if (it == d_->timing.begin())
         return {};
     --it;

@@ -2,6 +2,7 @@
 
 #include "scene/AT_Attr.h"
 #include "scene/AT_AttrFactory.h"
+#include "base/UT_StorableText.h"
 
 #include <QBuffer>
 #include <QLocale>
@@ -97,6 +98,19 @@ std::shared_ptr<ComponentReader> const &ComponentReader::activeChild() const { r
 
 namespace {
 
+// False, with the context failed, when a value of `attributes` holds what no file can hold again
+// (a lone surrogate of a UTF-16 file, say): such a file would read and then never save.
+bool storableAttributes(Context &ctx, QString const &element, QXmlStreamAttributes const &attributes)
+{
+    for (QXmlStreamAttribute const &attribute : attributes)
+        if (!UT_isStorableText(attribute.value().toString())) {
+            ctx.fail(QStringLiteral("expected text without %1 in \"%2\" of <%3>")
+                         .arg(UT_storableTextRule(), attribute.qualifiedName().toString(), element));
+            return false;
+        }
+    return true;
+}
+
 // Reads the element at or after the current token, without applying anything.
 bool readElement(Context &ctx, std::shared_ptr<ComponentReader> const &root)
 {
@@ -113,6 +127,8 @@ bool readElement(Context &ctx, std::shared_ptr<ComponentReader> const &root)
         switch (xml.tokenType()) {
         case QXmlStreamReader::StartElement: {
             QString const name = xml.qualifiedName().toString();
+            if (!storableAttributes(ctx, name, xml.attributes()))
+                return false;
             std::shared_ptr<ComponentReader> next = stack.back()->startElement(ctx, name, xml.attributes());
             if (!next) {
                 if (!ctx.failed())
@@ -136,6 +152,10 @@ bool readElement(Context &ctx, std::shared_ptr<ComponentReader> const &root)
             break;
         }
         case QXmlStreamReader::Characters:
+            if (!UT_isStorableText(xml.text().toString())) {
+                ctx.fail(QStringLiteral("expected text without %1 inside <%2>").arg(UT_storableTextRule(), open.value(open.size() - 1)));
+                return false;
+            }
             if (!stack.back()->handleCDATA(ctx, xml.text().toString())) {
                 if (!ctx.failed())
                     ctx.fail(QStringLiteral("expected no text inside <%1>").arg(open.value(open.size() - 1)));

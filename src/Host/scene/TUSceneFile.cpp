@@ -2,6 +2,7 @@
 
 #include "scene/DeformerModules.h"
 #include "scene/PIO_XML.h"
+#include "scene/SC_Frames.h"
 #include "scene/TUScene.h"
 
 #include <QColor>
@@ -10,9 +11,11 @@
 #include <QStringList>
 #include <QXmlStreamWriter>
 
+#include <algorithm>
 #include <functional>
 #include <map>
 #include <set>
+#include <vector>
 
 namespace {
 
@@ -161,6 +164,8 @@ public:
         int frame = 0;
         if (!readInt(ctx, attributes, QStringLiteral("frame"), name, frame))
             return nullptr;
+        if (!SC_Frames::contains(frame))
+            return errorHandler(ctx, QStringLiteral("expected %1 in \"frame\" of <exposure>").arg(SC_Frames::rangeText()));
         if (element_->timing().count(frame))
             return errorHandler(ctx, QStringLiteral("expected one <exposure> per frame, frame %1 given twice").arg(frame));
         if (!element_->setExposure(frame, attributes.value(QStringLiteral("drawing")).toString()))
@@ -206,13 +211,17 @@ private:
 
 class GroupReader : public ComponentReader {
 public:
-    GroupReader(ReadState &state, TUGroup *group) : state_(state), group_(group) {}
+    // `depth`: how many groups hold `group`, the root group included (0 for the root group).
+    GroupReader(ReadState &state, TUGroup *group, int depth) : state_(state), group_(group), depth_(depth) {}
 
     ReaderPtr startElement(Context &ctx, QString const &name, QXmlStreamAttributes const &attributes) override
     {
         QString const instanceName = attributes.value(QStringLiteral("name")).toString();
         UT_SharedPtr<MO_Node> node;
         if (name == QLatin1String("group")) {
+            if (depth_ + 1 > TUSceneFile::kMaxGroupDepth)
+                return errorHandler(ctx, QStringLiteral("expected groups nested at most %1 deep in <group>")
+                                             .arg(TUSceneFile::kMaxGroupDepth));
             node = UT_MakeShared<TUGroup>();
         } else if (name == QLatin1String("node")) {
             QString const type = attributes.value(QStringLiteral("type")).toString();
@@ -239,13 +248,14 @@ public:
         MO_Node *added = group_->addNode(std::move(node));
         state_.nodesByName[instanceName] = added;
         if (auto *group = dynamic_cast<TUGroup *>(added))
-            return std::make_shared<GroupReader>(state_, group);
+            return std::make_shared<GroupReader>(state_, group, depth_ + 1);
         return std::make_shared<NodeReader>(added);
     }
 
 private:
     ReadState &state_;
     TUGroup *group_;
+    int depth_;
 };
 
 class LinksReader : public ComponentReader {
@@ -311,7 +321,7 @@ public:
             step_ = 2;
             TUGroup *root = state_.scene->getRootGroup();
             root->setInstanceName(attributes.value(QStringLiteral("name")).toString());
-            return std::make_shared<GroupReader>(state_, root);
+            return std::make_shared<GroupReader>(state_, root, 0);
         }
         if (name == QLatin1String("links") && step_ == 2) {
             step_ = 3;
@@ -472,6 +482,23 @@ void writeLinks(QXmlStreamWriter &w, TUGroup const &group)
     }
 }
 
+// How deep groups nest under `root` (0: no group inside it), counted without recursion, since
+// the deeper walks of the writer are recursive.
+int groupDepth(TUGroup const &root)
+{
+    int deepest = 0;
+    std::vector<std::pair<TUGroup const *, int>> pending{{&root, 0}};
+    while (!pending.empty()) {
+        auto const [group, depth] = pending.back();
+        pending.pop_back();
+        deepest = std::max(deepest, depth);
+        for (auto it = group->subNodesBegin(); it != group->subNodesEnd(); ++it)
+            if (auto const *sub = dynamic_cast<TUGroup const *>(it->get()))
+                pending.emplace_back(sub, depth + 1);
+    }
+    return deepest;
+}
+
 // The first node of the group (depth first) whose name is empty or already in `names`.
 MO_Node const *firstUnnamedOrTwice(TUGroup const &group, std::set<QString> &names)
 {
@@ -530,6 +557,13 @@ std::unique_ptr<TUScene> readFile(QString const &path, QString *error)
 
 QByteArray write(TUScene const &scene, QString *error)
 {
+    // Careful: the walks below recurse once per level of groups.
+    if (int const depth = groupDepth(*scene.getRootGroup()); depth > kMaxGroupDepth) {
+        if (error)
+            *error = QStringLiteral("cannot write groups nested %1 deep: at most %2 levels are allowed")
+                         .arg(depth).arg(kMaxGroupDepth);
+        return {};
+    }
     std::set<QString> names;
     if (MO_Node const *bad = firstUnnamedOrTwice(*scene.getRootGroup(), names)) {
         if (error)

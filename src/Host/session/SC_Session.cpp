@@ -2,6 +2,7 @@
 
 #include "command/CO_CommandManager.h"
 #include "command/SC_InteractiveDragManager.h"
+#include "scene/SC_Frames.h"
 #include "scene/TUScene.h"
 #include "session/SL_Selection.h"
 #include "session/TUSceneChangeManager.h"
@@ -115,7 +116,7 @@ double SC_Session::currentFrame(SC_SceneCommon const *) const
 
 void SC_Session::setCurrentFrame(double frame)
 {
-    if (!std::isfinite(frame) || frame == d_->frame)
+    if (!SC_Frames::contains(frame) || frame == d_->frame)
         return;
     d_->frame = frame;
     d_->changes->emitCurrentFrameChanged();

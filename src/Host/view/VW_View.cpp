@@ -9,6 +9,7 @@
 #include "scene/AT_ShiftAndTraceUtil.h"
 #include "scene/MO_Module.h"
 #include "scene/MO_ModuleVisitor.h"
+#include "scene/SC_Frames.h"
 #include "scene/TUScene.h"
 #include "command/CO_CommandManager.h"
 #include "session/SC_Session.h"
@@ -258,7 +259,7 @@ struct VW_View::Impl {
         for (MO_ElementModule *element : elements) {
             OC_DrawingPtr const drawing = element->oglDrawing(f);
             if (drawing.isDrawing())
-                drawn.push_back({element, element->drawings().at(drawing->celKey().drawing()), static_cast<int>(f),
+                drawn.push_back({element, element->drawings().at(drawing->celKey().drawing()), SC_Frames::toInt(f),
                                  VW_View::elementModelMatrix(*element, f, kind), VW_DrawingLook()});
         }
         return drawn;
@@ -419,9 +420,10 @@ MO_Module *VW_View::moduleForPickId(unsigned int id) const
     return found == d_->pickModules.end() ? nullptr : found->second.module.get();
 }
 
-UT_SharedPtr<SLB_SelectableDescriptor> VW_View::pick(UT_Point const &point, bool commit, int)
+UT_SharedPtr<SLB_SelectableDescriptor> VW_View::pick(UT_Point const &asked, bool commit, int)
 {
     Impl &d = *d_;
+    UT_Point const point = asked.clamped();  // the pixels around it stay within int
     if (d.drawing)
         return nullptr;  // a tool that picks while it draws finds nothing
     // The pick pass.
@@ -499,8 +501,9 @@ CC_CameraChainTransformCanvasBinder *VW_View::canvasBinder()
     return &d_->binder;
 }
 
-bool VW_View::mousePress(Math::Point2d const &point, Qt::KeyboardModifiers modifiers)
+bool VW_View::mousePress(Math::Point2d const &asked, Qt::KeyboardModifiers modifiers)
 {
+    Math::Point2d const point = UT_Point::clamped(asked);
     d_->modifiers = modifiers;
     d_->pressed = true;
     bool const used = d_->tool ? d_->tool->onMouseDown(GR_StylusPoint(point)) : selectAt(point);
@@ -525,8 +528,9 @@ bool VW_View::selectAt(Math::Point2d const &point)
     return true;
 }
 
-bool VW_View::mouseMove(Math::Point2d const &point, Qt::KeyboardModifiers modifiers)
+bool VW_View::mouseMove(Math::Point2d const &asked, Qt::KeyboardModifiers modifiers)
 {
+    Math::Point2d const point = UT_Point::clamped(asked);
     d_->modifiers = modifiers;
     if (!d_->tool)
         return false;
@@ -542,8 +546,9 @@ bool VW_View::mouseMove(Math::Point2d const &point, Qt::KeyboardModifiers modifi
     return used;
 }
 
-bool VW_View::mouseRelease(Math::Point2d const &point, Qt::KeyboardModifiers modifiers)
+bool VW_View::mouseRelease(Math::Point2d const &asked, Qt::KeyboardModifiers modifiers)
 {
+    Math::Point2d const point = UT_Point::clamped(asked);
     d_->modifiers = modifiers;
     bool const wasPressed = d_->pressed;
     d_->pressed = false;

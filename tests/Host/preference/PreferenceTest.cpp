@@ -287,3 +287,62 @@ TEST(CachedPreferences, FollowTheGlobalStoreAndRefuseAnUnusableFactor)
 }
 
 }  // namespace
+
+// The rule of the setters holds on load. A UTF-16 file can hold a lone surrogate, which no save
+// can encode: such a file once loaded, and every save after it failed with "Unknown error".
+namespace {
+
+QByteArray utf16File(QString const &text)
+{
+    QByteArray bytes("\xff\xfe");  // little-endian byte order mark
+    for (QChar c : text) {
+        bytes += char(c.unicode() & 0xff);
+        bytes += char(c.unicode() >> 8);
+    }
+    return bytes;
+}
+
+} // namespace
+
+TEST_F(PreferenceFile, EntriesTheSettersWouldRefuseAreNamedAndTheFileSetAside)
+{
+    QString const head = QStringLiteral("<?xml version=\"1.0\" encoding=\"UTF-16\"?>\n<preferences version=\"1\">\n<int key=\"a\" value=\"1\"/>\n");
+    QString const tail = QStringLiteral("</preferences>\n");
+    struct Case {
+        char const *what;
+        QString entry;
+        char const *named;  // what the message says of it, after "line 4: "
+    };
+    QChar const high(0xD800), low(0xDC00);
+    Case const cases[] = {
+        {"key with a lone high surrogate", QStringLiteral("<int key=\"b") + high + QStringLiteral("\" value=\"1\"/>\n"),
+         "the key of <int> holds characters a file cannot hold"},
+        {"key with a lone low surrogate", QStringLiteral("<bool key=\"") + low + QStringLiteral("\" value=\"true\"/>\n"),
+         "the key of <bool> holds characters a file cannot hold"},
+        {"string with a lone surrogate", QStringLiteral("<string key=\"title\" value=\"x") + high + QStringLiteral("y\"/>\n"),
+         "\"title\": the value holds characters a file cannot hold"},
+        {"string with two low surrogates", QStringLiteral("<string key=\"title\" value=\"") + low + low + QStringLiteral("\"/>\n"),
+         "\"title\": the value holds characters a file cannot hold"},
+    };
+    for (Case const &c : cases) {
+        SCOPED_TRACE(c.what);
+        QString const file = flatPath();
+        QFile::remove(file + ".damaged");
+        QByteArray const contents = utf16File(head + c.entry + tail);
+        writeAll(file, contents);
+        PR_Preference store;
+        store.setIntValue("kept", 1);
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(store.load(file), PR_Preference::LoadResult::Damaged);
+        std::string const message = testing::internal::GetCapturedStderr();
+        EXPECT_NE(message.find(std::string("line 4: ") + c.named), std::string::npos) << message;
+        EXPECT_TRUE(store.keys().isEmpty());
+        EXPECT_EQ(readAll(file + ".damaged"), contents);
+        // What the store holds saves, and a set after it is kept.
+        ASSERT_TRUE(store.setStringValue("title", "x"));
+        EXPECT_TRUE(store.save());
+        PR_Preference reread;
+        EXPECT_EQ(reread.load(file), PR_Preference::LoadResult::Loaded);
+        EXPECT_EQ(reread.getStringValue("title", QString()), "x");
+    }
+}

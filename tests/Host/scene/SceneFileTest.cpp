@@ -280,6 +280,12 @@ BadFile const kBadFiles[] = {
     {"non-numeric exposure frame", 10,
      R"(  <node type="READ" name="b"><drawings><drawing name="1"/></drawings><timing><exposure frame="one" drawing="1"/></timing></node>)",
      0, 10},
+    {"key frame beyond int", 7, R"(    <position x="1" y="2" z="0"><key frame="3000000000" x="1" y="2" z="0"/></position>)", 0, 7},
+    {"key frame beyond the frame limits", 7, R"(    <position x="1" y="2" z="0"><key frame="1000001" x="1" y="2" z="0"/></position>)", 0, 7},
+    {"key frame below the frame limits", 7, R"(    <position x="1" y="2" z="0"><key frame="-2147483648" x="1" y="2" z="0"/></position>)", 0, 7},
+    {"exposure frame beyond the frame limits", 10,
+     R"(  <node type="READ" name="b"><drawings><drawing name="1"/></drawings><timing><exposure frame="2000000" drawing="1"/></timing></node>)",
+     0, 10},
     {"no links", 12, R"()", 0, 15},
     {"text where elements belong", 12, R"( stray text<links>)", 0, 12},
 };

@@ -149,7 +149,7 @@ TEST(AttrXml, BadDocumentsAreRefusedAndChangeNothing)
         {"overflow", "<weight value=\"1e999\"/>\n</node>\n", 3, "found \"1e999\""},
         {"out of range", "<weight value=\"150\"/>\n</node>\n", 3, "expected a value within the range of <weight>"},
         {"fractional frame", "<weight value=\"1\">\n<key frame=\"1.5\" value=\"2\"/>\n</weight>\n</node>\n", 4,
-         "expected a whole frame number in <key frame=\"...\"> of <weight>, found \"1.5\""},
+         "expected a whole frame number from -1000000 to 1000000 in <key frame=\"...\"> of <weight>, found \"1.5\""},
         {"duplicate key", "<weight value=\"1\">\n<key frame=\"2\" value=\"1\"/>\n<key frame=\"2\" value=\"3\"/>\n</weight>\n</node>\n", 5,
          "expected one key per frame in <weight>, found frame 2 twice"},
         {"element in key", "<weight value=\"1\">\n<key frame=\"2\" value=\"1\">\n<x/>\n</key>\n</weight>\n</node>\n", 5,

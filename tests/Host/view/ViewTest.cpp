@@ -310,6 +310,42 @@ TEST_F(ViewTest, PressMoveAndReleaseReachTheToolInViewPixelsWithModifiers)
     EXPECT_DOUBLE_EQ(view.currentFrame(), 7.5);
 }
 
+// Points far outside the view (a script's "press 2147483647 10") are brought within
+// UT_Point::kLimit before they reach the tool or the pick pass, whose pixel arithmetic would
+// otherwise overflow an int.
+TEST_F(ViewTest, PointsFarOutsideTheViewAreClampedForTheToolAndThePick)
+{
+    ProbeTool *tool = useProbe();
+    double const limit = UT_Point::kLimit;
+    struct Case {
+        Math::Point2d asked;
+        Math::Point2d reached;
+    };
+    Case const cases[] = {
+        {{2147483647.0, 10.0}, {limit, 10.0}},
+        {{-2147483648.0, -3e9}, {-limit, -limit}},
+        {{1e300, -1e300}, {limit, -limit}},
+        {{std::nan(""), 5.0}, {0.0, 5.0}},
+        {{limit, -limit}, {limit, -limit}},
+    };
+    for (Case const &c : cases) {
+        tool->events.clear();
+        view.mousePress(c.asked);
+        view.mouseMove(c.asked);
+        view.mouseRelease(c.asked);
+        ASSERT_EQ(tool->events.size(), 3u);
+        for (auto const &e : tool->events)
+            EXPECT_EQ(e.point, c.reached) << c.asked.x << ", " << c.asked.y;
+    }
+    EXPECT_EQ(UT_Point::fromPoint2d({3e9, -3e9}), UT_Point(UT_Point::kLimit, -UT_Point::kLimit));
+    // The pick pass looks around the point: at the ends of int it finds nothing, and no pixel
+    // index overflows on the way.
+    tool->scans.clear();
+    EXPECT_EQ(view.pick(UT_Point(2147483647, 10), true, 0), nullptr);
+    EXPECT_EQ(view.pick(UT_Point(-2147483647 - 1, -2147483647 - 1), true, 0), nullptr);
+    EXPECT_TRUE(tool->scans.empty());
+}
+
 TEST_F(ViewTest, WithoutAToolAPressSelectsWhatItPicksAsOneUndoStep)
 {
     QPoint const centre = expectedPixel(0.5, 0.25, 101, 81);

@@ -44,7 +44,8 @@ public:
     // False for attributes made non-linkable: they keep no keys and read their local value.
     bool isLinkable() const;
     bool hasKeyframe(int frame) const;
-    // Sets or adds a key at once (no command). False when not animatable, invalid, or unchanged.
+    // Sets or adds a key at once (no command). False when not animatable, invalid, outside the
+    // frames of SC_Frames, or unchanged.
     bool setKeyframe(int frame, T const &value, bool constantSegment = false);
     // True when `value` is finite and in range.
     bool isAcceptable(T const &value) const;
@@ -171,6 +172,8 @@ public:
     UT_DynKey const &typeKey() const override;
 
     QString const &localValue() const;
+    // Texts refused by UT_isStorableText (a file could not hold them) are refused here too:
+    // setLocalValue gives false and setTextValue null, and a file holding one does not read.
     bool setLocalValue(QString const &value);  // false when the same
     QString value(double frame) const;
 

@@ -125,7 +125,7 @@ public:
     void addDrawing(QString const &name, std::vector<OC_VectorShape> shapes);
     std::map<QString, UT_SharedPtr<OC_Drawing const>> const &drawings() const;
     // Timing: drawing `name` is exposed from `frame` on. Refuses (false) an unknown drawing
-    // name; the empty name exposes nothing.
+    // name and a frame outside SC_Frames; the empty name exposes nothing.
     bool setExposure(int frame, QString const &name);
     std::map<int, QString> const &timing() const;
 

@@ -19,6 +19,12 @@ class TUScene;
 
 namespace TUSceneFile {
 
+// How deep groups may nest: the root group holds groups of depth 1, which hold groups of depth 2,
+// and so on up to this. Deeper files are refused with the line of the first group too deep, and
+// deeper scenes are not written: the walks over a scene's groups recurse once per level, and a
+// limit keeps them far from the end of the stack. Real scenes nest a few levels.
+constexpr int kMaxGroupDepth = 100;
+
 // The node kinds a file may name: "PEG", "READ", "SWITCH", "MODULE", the deformers, "COMPOSITE"
 // and "EFFECT". Null for any other keyword.
 UT_SharedPtr<MO_Node> createNode(QString const &typeKeyword);

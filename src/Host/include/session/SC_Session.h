@@ -89,7 +89,8 @@ public:
     SL_Selection *getSelection() const override;
     SC_InteractiveDragManager *dragManager() const override;
     // The frame is a double; setting it to the same value emits nothing, a new one emits
-    // currentFrameChanged. Non-finite frames are refused.
+    // currentFrameChanged. Frames outside SC_Frames (NaN and infinities
+    // too) are refused.
     double currentFrame(SC_SceneCommon const *sceneCommon = nullptr) const override;
     void setCurrentFrame(double frame) override;
     TUScene *currentScene() const override;

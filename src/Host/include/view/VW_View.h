@@ -93,7 +93,8 @@ public:
     // Pointer and keys, in view pixels (origin top left, y down). A move while the button is down
     // goes to onMouseMove, else to onMouseOver. The modifiers are those of the event and stay in
     // force for the tool's questions until the next event. Each returns what the tool answered.
-    // Without a tool, a press selects what it picks (selectAt).
+    // Without a tool, a press selects what it picks (selectAt). Points far outside the view are
+    // brought within UT_Point::kLimit first (NaN to 0), as pick() brings its point.
     bool mousePress(Math::Point2d const &point, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
     bool mouseMove(Math::Point2d const &point, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
     bool mouseRelease(Math::Point2d const &point, Qt::KeyboardModifiers modifiers = Qt::NoModifier);

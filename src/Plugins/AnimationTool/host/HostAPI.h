@@ -28,6 +28,7 @@
 #include "scene/MO_Module.h"
 #include "scene/MO_Node.h"
 #include "scene/PIO_XML.h"
+#include "scene/SC_Frames.h"
 #include "scene/SC_SceneMetrics.h"
 #include "scene/TUScene.h"
 

@@ -82,7 +82,7 @@ bool IKTool::Impl::prepareClear(MO_Module *root, std::function<bool(int)> const 
 
 int IKTool::Impl::currentKey() const
 {
-    return int(tool->context()->currentFrame());
+    return SC_Frames::toInt(tool->context()->currentFrame());
 }
 
 void IKTool::Impl::activeRange(int &from, int &to) const

@@ -438,12 +438,12 @@ void IKToolPanel::Impl::applyToSelectedJoints(MO_Module *root, QObject *sender)
 
     if (sender == fromFrameButton) {
         if (source) {
-            settings.setFrameRange(static_cast<int>(source->currentFrame()), settings.toFrame());
+            settings.setFrameRange(SC_Frames::toInt(source->currentFrame()), settings.toFrame());
             refresh();
         }
     } else if (sender == toFrameButton) {
         if (source) {
-            settings.setFrameRange(settings.fromFrame(), static_cast<int>(source->currentFrame()));
+            settings.setFrameRange(settings.fromFrame(), SC_Frames::toInt(source->currentFrame()));
             refresh();
         }
     } else if (sender == clearKeyframes) {
@@ -460,9 +460,9 @@ void IKToolPanel::Impl::applyToSelectedJoints(MO_Module *root, QObject *sender)
         bool fromOk = false, toOk = false;
         int const from = fromFrame->text().toInt(&fromOk, 10);
         int const to = toFrame->text().toInt(&toOk, 10);
-        if (fromOk && toOk)
+        if (fromOk && toOk && SC_Frames::contains(from) && SC_Frames::contains(to))
             settings.setFrameRange(from, to);
-        refresh();  // bad text: the last good numbers come back
+        refresh();  // bad text, or a frame beyond the limits: the last good numbers come back
     } else if (sender == maxIterations) {
         settings.setMaxIterations(maxIterations->value());
     } else if (sender == enableRootTranslation) {

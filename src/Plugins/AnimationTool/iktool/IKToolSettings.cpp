@@ -3,6 +3,7 @@
 #include "bridge/SkeletonExtraction.h"
 #include "skeleton/IKMetaData.h"
 
+#include <algorithm>
 #include <utility>
 
 struct IKToolSettings::Impl {
@@ -103,6 +104,8 @@ void IKToolSettings::setInterpolationEnabled(bool enable)
 
 void IKToolSettings::setFrameRange(int from, int to)
 {
+    from = std::clamp(from, SC_Frames::kFirst, SC_Frames::kLast);
+    to = std::clamp(to, SC_Frames::kFirst, SC_Frames::kLast);
     if (d_->fromFrame == from && d_->toFrame == to)
         return;
     d_->fromFrame = from;
@@ -145,7 +148,7 @@ MO_Module *IKToolSettings::skeletonRoot() const
 
 void IKToolSettings::activeFrameRange(double currentFrame, int &from, int &to) const
 {
-    int const current = static_cast<int>(currentFrame);  // towards zero
+    int const current = SC_Frames::toInt(currentFrame);  // towards zero
     from = to = current;
     if (d_->toolMode == SetupMode || !d_->interpolationEnabled)
         return;

@@ -81,7 +81,7 @@ public:
     void setUseRead(bool use);                         // always
     void setUseDeformer(bool use);                     // always
     void setInterpolationEnabled(bool enable);         // silent
-    void setFrameRange(int from, int to);              // changed, one signal; stored as given
+    void setFrameRange(int from, int to);              // changed, one signal; stored as given, each brought within SC_Frames
     void setUseCurrentFrame(bool use);                 // changed
     void setInterpolationType(int type);               // silent
 

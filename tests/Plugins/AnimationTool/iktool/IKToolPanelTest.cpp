@@ -542,8 +542,10 @@ TEST_F(IKToolPanelTest, FrameTextsThatAreNotWholeNumbersLeaveTheRangeAndComeBack
     QLineEdit *from = widget<QLineEdit>("fromFrame");
     QLineEdit *to = widget<QLineEdit>("toFrame");
 
+    // Whole numbers beyond the frame limits too (-1000000 to 1000000), though they fit an int.
     for (QString const &bad : {QStringLiteral(""), QStringLiteral("x"), QStringLiteral("2.5"), QStringLiteral("1e3"),
-                              QStringLiteral("99999999999"), QStringLiteral("nan")}) {
+                              QStringLiteral("99999999999"), QStringLiteral("nan"), QStringLiteral("1000001"),
+                              QStringLiteral("2147483647"), QStringLiteral("-2147483648")}) {
         from->setText(bad);
         EXPECT_EQ(s.fromFrame(), 1) << bad.toStdString();
         EXPECT_EQ(s.toFrame(), 12) << bad.toStdString();
@@ -558,6 +560,9 @@ TEST_F(IKToolPanelTest, FrameTextsThatAreNotWholeNumbersLeaveTheRangeAndComeBack
     EXPECT_EQ(s.toFrame(), 20);
     from->setText(QStringLiteral("-4"));
     EXPECT_EQ(s.fromFrame(), -4);
+    to->setText(QStringLiteral("1000000"));
+    EXPECT_EQ(s.toFrame(), 1000000);
+    EXPECT_EQ(to->text(), QStringLiteral("1000000"));
 }
 
 // A form that lacks one widget, and the group flags the diagnostic line then ends with: the

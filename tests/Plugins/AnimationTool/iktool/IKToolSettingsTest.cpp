@@ -7,6 +7,8 @@
 #include <QSignalSpy>
 #include <gtest/gtest.h>
 
+#include <climits>
+
 #include <functional>
 
 namespace {
@@ -130,6 +132,27 @@ TEST_F(IKToolSettingsTest, TheActiveRangeFollowsModeInterpolationAndTheCurrentFr
     s.activeFrameRange(-2.5, from, to);
     EXPECT_EQ(from, -2);
     EXPECT_EQ(to, -2);
+}
+
+// Frames beyond the frame limits (SC_Frames) are brought to the nearest limit rather than cast to
+// an int they may not fit (3e9 once was, undefined).
+TEST_F(IKToolSettingsTest, FramesBeyondTheLimitsAreBroughtToTheNearestLimit)
+{
+    int from = 0, to = 0;
+    s.activeFrameRange(3e9, from, to);
+    EXPECT_EQ(from, SC_Frames::kLast);
+    EXPECT_EQ(to, SC_Frames::kLast);
+    s.activeFrameRange(-1e300, from, to);
+    EXPECT_EQ(from, SC_Frames::kFirst);
+    EXPECT_EQ(to, SC_Frames::kFirst);
+
+    s.setInterpolationEnabled(true);
+    s.setUseCurrentFrame(false);
+    s.setFrameRange(INT_MIN, INT_MAX);
+    EXPECT_EQ(s.fromFrame(), SC_Frames::kFirst);
+    EXPECT_EQ(s.toFrame(), SC_Frames::kLast);
+    s.activeFrameRange(5.0, from, to);
+    EXPECT_EQ(to - from, SC_Frames::kLast - SC_Frames::kFirst);
 }
 
 TEST(IKToolSettingsRules, KeyframesCanBeClearedOnlyWhenAFrameIsLeftBetween)
