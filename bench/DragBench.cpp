@@ -1,0 +1,156 @@
+// IK drags as the hand feels them: the real plug-in in an offscreen 640 by 480 view, driven
+// through the view's calls as the window drives them (IKDragScene.h). One benchmark iteration is
+// one mouse move: the paint of the picture the last move asked for, the tool's step, and the hover
+// pick that sets the cursor. The drag is pressed before the first move and released after the
+// last, so each case is one drag of as many moves as it has iterations.
+//
+// Counters, per move: `paint_ms`, `step_ms`, `pick_ms` (means), `median_ms` (median of the whole
+// move), `undo_MiB` (C++ heap that the drag left held after its release, which is its undo step,
+// divided by the moves). `undo_total_MiB` is that for the whole drag; `peak_MiB` the greatest C++
+// heap held at any time during the case (the whole process's, scene and all), counted by
+// HeapCounter.
+//
+// Cases: the rigged character (left wrist, hips and chest held) over 1, 12, 48 and 96 frames
+// spread linearly; chains of 20, 50 and 100 pegs over 12 frames; a drag of 200 moves over 96
+// frames (undo held in all); 10 moves over frames 1 to 1000 (peak memory); and, with no press,
+// the idle redraw and the hover pick over 48 frames.
+
+#include "HeapCounter.h"
+#include "IKDragScene.h"
+
+#include <QApplication>
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <chrono>
+#include <vector>
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+double msSince(Clock::time_point start)
+{
+    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+}
+
+double median(std::vector<double> values)
+{
+    if (values.empty())
+        return 0.0;
+    std::nth_element(values.begin(), values.begin() + long(values.size() / 2), values.end());
+    return values[values.size() / 2];
+}
+
+constexpr double kMiB = 1024.0 * 1024.0;
+
+void open(IKDrag::Scene &scene, int chainJoints, int frames)
+{
+    if (chainJoints > 0)
+        IKDrag::openChain(scene, chainJoints);
+    else
+        IKDrag::openCharacter(scene);
+    IKDrag::setRange(scene, frames, IKToolSettings::Linear);
+    scene.view->render();
+}
+
+// One drag, one move per iteration. Arguments: chain joints (0: the character), frames.
+void BM_Drag(benchmark::State &state)
+{
+    IKDrag::Scene scene;
+    open(scene, int(state.range(0)), int(state.range(1)));
+    std::size_t const heldBefore = HeapCounter::liveBytes();
+    HeapCounter::resetPeak();
+
+    Math::Point2d const start = scene.draggedPixel();
+    scene.view->mousePress(start);
+    scene.view->cursorAt(start);
+    std::vector<double> paint, step, pick, whole;
+    Math::Point2d point = start;
+    int moves = 0;
+    for (auto _ : state) {
+        point = IKDrag::movePoint(start, ++moves);
+        Clock::time_point const t0 = Clock::now();
+        scene.view->render();
+        Clock::time_point const t1 = Clock::now();
+        scene.view->mouseMove(point);
+        Clock::time_point const t2 = Clock::now();
+        scene.view->cursorAt(point);
+        double const p = std::chrono::duration<double, std::milli>(t1 - t0).count();
+        double const s = std::chrono::duration<double, std::milli>(t2 - t1).count();
+        double const k = msSince(t2);
+        paint.push_back(p);
+        step.push_back(s);
+        pick.push_back(k);
+        whole.push_back(p + s + k);
+        state.SetIterationTime((p + s + k) / 1000.0);
+    }
+    scene.view->mouseRelease(point);
+    double const held = double(HeapCounter::liveBytes()) - double(heldBefore);
+
+    auto mean = [](std::vector<double> const &v) {
+        double sum = 0.0;
+        for (double x : v)
+            sum += x;
+        return v.empty() ? 0.0 : sum / double(v.size());
+    };
+    state.counters["paint_ms"] = mean(paint);
+    state.counters["step_ms"] = mean(step);
+    state.counters["pick_ms"] = mean(pick);
+    state.counters["median_ms"] = median(whole);
+    state.counters["undo_MiB"] = held / kMiB / std::max(1, moves);
+    state.counters["undo_total_MiB"] = held / kMiB;
+    state.counters["peak_MiB"] = double(HeapCounter::peakBytes()) / kMiB;
+}
+
+// Redraws with no press under way: the idle redraw (render) or the hover (the cursor's pick).
+void BM_Idle(benchmark::State &state, bool hover)
+{
+    IKDrag::Scene scene;
+    open(scene, 0, int(state.range(0)));
+    Math::Point2d const point = scene.draggedPixel();
+    std::vector<double> times;
+    for (auto _ : state) {
+        Clock::time_point const t0 = Clock::now();
+        if (hover)
+            scene.view->cursorAt(point);
+        else
+            scene.view->render();
+        double const ms = msSince(t0);
+        times.push_back(ms);
+        state.SetIterationTime(ms / 1000.0);
+    }
+    state.counters["median_ms"] = median(times);
+}
+
+void BM_IdleRedraw(benchmark::State &state) { BM_Idle(state, false); }
+void BM_Hover(benchmark::State &state) { BM_Idle(state, true); }
+
+} // namespace
+
+// Character: Args({0, frames}); chains: Args({joints, 12}).
+BENCHMARK(BM_Drag)->ArgNames({"chain", "frames"})->Args({0, 1})->Iterations(60)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Drag)->ArgNames({"chain", "frames"})->Args({0, 12})->Iterations(60)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Drag)->ArgNames({"chain", "frames"})->Args({0, 48})->Iterations(40)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Drag)->ArgNames({"chain", "frames"})->Args({0, 96})->Iterations(30)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Drag)->ArgNames({"chain", "frames"})->Args({20, 12})->Iterations(30)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Drag)->ArgNames({"chain", "frames"})->Args({50, 12})->Iterations(20)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Drag)->ArgNames({"chain", "frames"})->Args({100, 12})->Iterations(8)->UseManualTime()->Unit(benchmark::kMillisecond);
+// Undo held by a long drag, and the peak of a long range.
+BENCHMARK(BM_Drag)->Name("BM_LongDrag")->ArgNames({"chain", "frames"})->Args({0, 96})->Iterations(200)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Drag)->Name("BM_LongRange")->ArgNames({"chain", "frames"})->Args({0, 1000})->Iterations(10)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_IdleRedraw)->ArgName("frames")->Arg(48)->Iterations(40)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Hover)->ArgName("frames")->Arg(48)->Iterations(40)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+int main(int argc, char **argv)
+{
+    qputenv("QT_QPA_PLATFORM", qgetenv("QT_QPA_PLATFORM").isEmpty() ? "offscreen" : qgetenv("QT_QPA_PLATFORM"));
+    QApplication application(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+        return 1;
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}
