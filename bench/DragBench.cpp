@@ -9,7 +9,8 @@
 // move), `undo_MiB` (C++ heap that the drag left held after its release, which is its undo step,
 // divided by the moves). `undo_total_MiB` is that for the whole drag; `peak_MiB` the greatest C++
 // heap held at any time during the case (the whole process's, scene and all), counted by
-// HeapCounter.
+// HeapCounter. Process CPU time counts the worker thread too; `wall_ms` gives the median wall
+// time of a move, which is what the hand feels when the thread has a core of its own.
 //
 // Cases: the rigged character (left wrist, hips and chest held) over 1, 12, 48 and 96 frames
 // spread linearly; chains of 20, 50 and 100 pegs over 12 frames; a drag of 200 moves over 96
@@ -66,9 +67,11 @@ void open(IKDrag::Scene &scene, int chainJoints, int frames)
     scene.view->render();
 }
 
-// One drag, one move per iteration. Arguments: chain joints (0: the character), frames.
+// One drag, one move per iteration. Arguments: chain joints (0: the character), frames, and
+// whether the frames are solved half on a worker thread (IKTool::setSolveOnWorkerThread).
 void BM_Drag(benchmark::State &state)
 {
+    IKTool::setSolveOnWorkerThread(state.range(2) != 0);
     IKDrag::Scene scene;
     open(scene, int(state.range(0)), int(state.range(1)));
     std::size_t const heldBefore = HeapCounter::liveBytes();
@@ -77,11 +80,12 @@ void BM_Drag(benchmark::State &state)
     Math::Point2d const start = scene.draggedPixel();
     scene.view->mousePress(start);
     scene.view->cursorAt(start);
-    std::vector<double> paint, step, pick, whole;
+    std::vector<double> paint, step, pick, whole, wall;
     Math::Point2d point = start;
     int moves = 0;
     for (auto _ : state) {
         point = IKDrag::movePoint(start, ++moves);
+        auto const wallStart = std::chrono::steady_clock::now();
         Clock::time_point const t0 = Clock::now();
         scene.view->render();
         Clock::time_point const t1 = Clock::now();
@@ -95,6 +99,7 @@ void BM_Drag(benchmark::State &state)
         step.push_back(s);
         pick.push_back(k);
         whole.push_back(p + s + k);
+        wall.push_back(std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - wallStart).count());
         state.SetIterationTime((p + s + k) / 1000.0);
     }
     scene.view->mouseRelease(point);
@@ -110,9 +115,11 @@ void BM_Drag(benchmark::State &state)
     state.counters["step_ms"] = mean(step);
     state.counters["pick_ms"] = mean(pick);
     state.counters["median_ms"] = median(whole);
+    state.counters["wall_ms"] = median(wall);
     state.counters["undo_MiB"] = held / kMiB / std::max(1, moves);
     state.counters["undo_total_MiB"] = held / kMiB;
     state.counters["peak_MiB"] = double(HeapCounter::peakBytes()) / kMiB;
+    IKTool::setSolveOnWorkerThread(false);
 }
 
 // Redraws with no press under way: the idle redraw (render) or the hover (the cursor's pick).
@@ -140,17 +147,20 @@ void BM_Hover(benchmark::State &state) { BM_Idle(state, true); }
 
 } // namespace
 
-// Character: Args({0, frames}); chains: Args({joints, 12}).
-BENCHMARK(BM_Drag)->ArgNames({"chain", "frames"})->Args({0, 1})->Iterations(60)->UseManualTime()->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_Drag)->ArgNames({"chain", "frames"})->Args({0, 12})->Iterations(60)->UseManualTime()->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_Drag)->ArgNames({"chain", "frames"})->Args({0, 48})->Iterations(40)->UseManualTime()->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_Drag)->ArgNames({"chain", "frames"})->Args({0, 96})->Iterations(30)->UseManualTime()->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_Drag)->ArgNames({"chain", "frames"})->Args({20, 12})->Iterations(30)->UseManualTime()->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_Drag)->ArgNames({"chain", "frames"})->Args({50, 12})->Iterations(20)->UseManualTime()->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_Drag)->ArgNames({"chain", "frames"})->Args({100, 12})->Iterations(8)->UseManualTime()->Unit(benchmark::kMillisecond);
+// Character: Args({0, frames, 0}); chains: Args({joints, 12, 0}).
+BENCHMARK(BM_Drag)->ArgNames({"chain", "frames", "thread"})->Args({0, 1, 0})->Iterations(60)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Drag)->ArgNames({"chain", "frames", "thread"})->Args({0, 12, 0})->Iterations(60)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Drag)->ArgNames({"chain", "frames", "thread"})->Args({0, 48, 0})->Iterations(40)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Drag)->ArgNames({"chain", "frames", "thread"})->Args({0, 96, 0})->Iterations(30)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Drag)->ArgNames({"chain", "frames", "thread"})->Args({20, 12, 0})->Iterations(30)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Drag)->ArgNames({"chain", "frames", "thread"})->Args({50, 12, 0})->Iterations(20)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Drag)->ArgNames({"chain", "frames", "thread"})->Args({100, 12, 0})->Iterations(8)->UseManualTime()->Unit(benchmark::kMillisecond);
+// The same with the worker thread, where solving weighs most.
+BENCHMARK(BM_Drag)->ArgNames({"chain", "frames", "thread"})->Args({0, 48, 1})->Iterations(40)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Drag)->ArgNames({"chain", "frames", "thread"})->Args({50, 12, 1})->Iterations(20)->UseManualTime()->Unit(benchmark::kMillisecond);
 // Undo held by a long drag, and the peak of a long range.
-BENCHMARK(BM_Drag)->Name("BM_LongDrag")->ArgNames({"chain", "frames"})->Args({0, 96})->Iterations(200)->UseManualTime()->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_Drag)->Name("BM_LongRange")->ArgNames({"chain", "frames"})->Args({0, 1000})->Iterations(10)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Drag)->Name("BM_LongDrag")->ArgNames({"chain", "frames", "thread"})->Args({0, 96, 0})->Iterations(200)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Drag)->Name("BM_LongRange")->ArgNames({"chain", "frames", "thread"})->Args({0, 1000, 0})->Iterations(10)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_IdleRedraw)->ArgName("frames")->Arg(48)->Iterations(40)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Hover)->ArgName("frames")->Arg(48)->Iterations(40)->UseManualTime()->Unit(benchmark::kMillisecond);
 

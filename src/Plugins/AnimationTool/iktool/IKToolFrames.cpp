@@ -7,6 +7,8 @@
 #include "solver/JointActivity.h"
 
 #include <cstdio>
+#include <thread>
+#include <vector>
 
 namespace {
 
@@ -322,25 +324,65 @@ void IKTool::Impl::moveTargets(Math::Vector3d const &delta)
     }
 }
 
+namespace {
+
+bool &workerThreadSwitch()
+{
+    static bool enabled = false;
+    return enabled;
+}
+
+// Solves one frame's problem and copies the solved positions into its skeleton. Touches nothing
+// but the record's solver and skeleton, so records may be solved on different threads.
+void solveRecord(FrameRecord &r, int maxIterations)
+{
+    if (!TIK::solve(r.solver.get(), maxIterations, 0.5)) {
+        // Nothing to solve (every joint frozen): the pose stays as it was.
+        std::printf("######################################\n");
+        std::printf("solve returned: %d\n", 0);
+        std::fflush(stdout);
+        r.solver->resetToRest();
+    }
+    r.solver->updateJoints();
+    for (SkeletonJointDef &joint : r.skeleton)
+        if (TIK::IKJoint *j = r.solver->joint(joint.name.c_str()))
+            joint.solvedPosition = j->position();
+}
+
+} // namespace
+
+void IKTool::setSolveOnWorkerThread(bool enable)
+{
+    workerThreadSwitch() = enable;
+}
+
+bool IKTool::solveOnWorkerThread()
+{
+    return workerThreadSwitch();
+}
+
 void IKTool::Impl::solveFrames(bool final)
 {
     int const maxIterations = IKToolSettings::instance().maxIterations();
-    for (auto &entry : frames) {
-        FrameRecord &r = entry.second;
-        if (!TIK::solve(r.solver.get(), maxIterations, 0.5)) {
-            // Nothing to solve (every joint frozen): the pose stays as it was.
-            std::printf("######################################\n");
-            std::printf("solve returned: %d\n", 0);
-            std::fflush(stdout);
-            r.solver->resetToRest();
-        }
-        r.solver->updateJoints();
-        for (SkeletonJointDef &joint : r.skeleton)
-            if (TIK::IKJoint *j = r.solver->joint(joint.name.c_str()))
-                joint.solvedPosition = j->position();
-        if (r.manipulators.isValid())
-            r.manipulators.update();
+    std::vector<FrameRecord *> records;
+    for (auto &entry : frames)
+        records.push_back(&entry.second);
+    if (workerThreadSwitch() && records.size() > 1) {
+        // Odd places on the worker, even ones here; the join comes before any scene access.
+        std::thread worker([&records, maxIterations] {
+            for (std::size_t i = 1; i < records.size(); i += 2)
+                solveRecord(*records[i], maxIterations);
+        });
+        for (std::size_t i = 0; i < records.size(); i += 2)
+            solveRecord(*records[i], maxIterations);
+        worker.join();
+    } else {
+        for (FrameRecord *r : records)
+            solveRecord(*r, maxIterations);
     }
+    for (FrameRecord *r : records)
+        if (r->manipulators.isValid())
+            r->manipulators.update();
     // The records share the scene's attributes and each update replaced the surrogates of the one
     // before: leave the view showing the current frame's pose.
     if (!final) {

@@ -48,30 +48,45 @@ std::string firstDifference(std::string const &expected, std::string const &actu
     }
 }
 
-class IKToolDragKeys : public ::testing::TestWithParam<DragCase> {};
+class IKToolDragKeys : public ::testing::TestWithParam<DragCase> {
+protected:
+    void TearDown() override { IKTool::setSolveOnWorkerThread(false); }
+
+    void open(IKDrag::Scene &scene) const
+    {
+        DragCase const &c = GetParam();
+        if (c.chainJoints > 0)
+            IKDrag::openChain(scene, c.chainJoints);
+        else
+            IKDrag::openCharacter(scene);
+        IKDrag::setRange(scene, c.frames, c.interpolation);
+    }
+
+    std::string recorded() const
+    {
+        QFile file(dataFile(GetParam()));
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << file.fileName().toStdString();
+        return file.readAll().toStdString();
+    }
+};
 
 TEST_P(IKToolDragKeys, WriteTheRecordedKeysBitForBit)
 {
     DragCase const &c = GetParam();
     IKDrag::Scene scene;
-    if (c.chainJoints > 0)
-        IKDrag::openChain(scene, c.chainJoints);
-    else
-        IKDrag::openCharacter(scene);
-    IKDrag::setRange(scene, c.frames, c.interpolation);
+    open(scene);
     std::string const before = IKDrag::keyDump(scene);
     IKDrag::drag(scene, c.moves);
     std::string const after = IKDrag::keyDump(scene);
     ASSERT_NE(before, after) << "the drag wrote no key";
 
-    QFile file(dataFile(c));
     if (std::getenv("ANIM_RECORD_DRAG_KEYS")) {
+        QFile file(dataFile(c));
         ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate)) << file.fileName().toStdString();
         file.write(after.data(), qint64(after.size()));
         GTEST_SKIP() << "recorded " << file.fileName().toStdString();
     }
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly)) << file.fileName().toStdString();
-    std::string const expected = file.readAll().toStdString();
+    std::string const expected = recorded();
     EXPECT_TRUE(expected == after) << "first difference: " << firstDifference(expected, after);
 
     // The whole drag is one undo step, and undoing it gives back every key as it was.
@@ -79,6 +94,20 @@ TEST_P(IKToolDragKeys, WriteTheRecordedKeysBitForBit)
     EXPECT_EQ(IKDrag::keyDump(scene), before);
     scene.commands()->redo();
     EXPECT_EQ(IKDrag::keyDump(scene), after);
+}
+
+// Frames solved half on a worker thread give the very same keys.
+TEST_P(IKToolDragKeys, WriteTheSameKeysWithTheWorkerThread)
+{
+    if (std::getenv("ANIM_RECORD_DRAG_KEYS"))
+        GTEST_SKIP() << "recording";
+    IKTool::setSolveOnWorkerThread(true);
+    IKDrag::Scene scene;
+    open(scene);
+    IKDrag::drag(scene, GetParam().moves);
+    std::string const expected = recorded();
+    std::string const after = IKDrag::keyDump(scene);
+    EXPECT_TRUE(expected == after) << "first difference: " << firstDifference(expected, after);
 }
 
 INSTANTIATE_TEST_SUITE_P(
