@@ -29,6 +29,9 @@ struct MO_Module::TransformCache {
         MO_PortTransformPtr value;
     };
     std::map<std::tuple<double, unsigned, int>, Entry> entries;  // by frame, port, context flags
+    // Beyond this many entries the map starts again, so that a long session of frames visited
+    // one by one does not keep them all.
+    static constexpr std::size_t kMaxEntries = 4096;
 };
 
 MO_PortTransformPtr MO_Module::getPortTransformation(MO_BaseContext const &context, unsigned port) const
@@ -41,6 +44,8 @@ MO_PortTransformPtr MO_Module::getPortTransformation(MO_BaseContext const &conte
         return UT_MakeShared<MO_PortTransform>(compose(context, parent ? *parent : CC_Transformation()));
     if (!transformCache_)
         transformCache_ = std::make_unique<TransformCache>();
+    if (transformCache_->entries.size() >= TransformCache::kMaxEntries)
+        transformCache_->entries.clear();
     TransformCache::Entry &entry = transformCache_->entries[std::make_tuple(context.frame(), port, context.flags())];
     SC_SceneMetrics const &metrics = sceneMetrics();
     if (entry.value && entry.dirty == dirtyCount() && entry.input == input && entry.parent.get() == parent.get() &&
