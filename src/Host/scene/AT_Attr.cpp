@@ -1,5 +1,6 @@
 #include "scene/AT_Attr.h"
 
+#include "scene/AT_AttrCmds.h"
 #include "scene/AT_AttrSurrogate.h"
 #include "scene/PIO_XML.h"
 
@@ -52,6 +53,24 @@ bool AT_Attr::isDynamic() const { return d_->dynamic; }
 void AT_Attr::setDynamic(bool dynamic) { d_->dynamic = dynamic; }
 
 std::unique_ptr<CO_Command> AT_Attr::setTextValue(double, QString const &) { return nullptr; }
+
+std::unique_ptr<CO_Command> AT_Attr::addKeyframeCmd(int frame, bool useCurrentValue, bool constantSegment, bool replace)
+{
+    std::unique_ptr<AT_AttrState> before = saveState();
+    std::unique_ptr<AT_AttrState> after = before->clone();
+    if (!after->addKeyframe(frame, useCurrentValue, constantSegment, replace))
+        return nullptr;
+    return AT_AttrStateCmd::make(this, std::move(before), std::move(after));
+}
+
+std::unique_ptr<CO_Command> AT_Attr::removeKeyframesCmd(int from, int to)
+{
+    std::unique_ptr<AT_AttrState> before = saveState();
+    std::unique_ptr<AT_AttrState> after = before->clone();
+    if (after->removeKeyframes(from, to) == 0)
+        return nullptr;
+    return AT_AttrStateCmd::make(this, std::move(before), std::move(after));
+}
 
 void AT_Attr::writeXml(QXmlStreamWriter &writer) const
 {

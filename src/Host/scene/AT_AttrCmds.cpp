@@ -34,11 +34,9 @@ bool AT_KeyframeCmds::AddKeyframe(SC_SceneCommon *, int frame, AT_Attr *attr, bo
 {
     if (!attr)
         return false;
-    std::unique_ptr<AT_AttrState> before = attr->saveState();
-    std::unique_ptr<AT_AttrState> after = before->clone();
-    if (!after->addKeyframe(frame, useCurrentValue, constantSegment, replace))
+    std::unique_ptr<CO_Command> command = attr->addKeyframeCmd(frame, useCurrentValue, constantSegment, replace);
+    if (!command)
         return false;
-    auto command = std::make_unique<AT_AttrStateCmd>(attr, std::move(before), std::move(after));
     CO_CommandManager *manager = attr->owner() ? attr->owner()->attrCommandManager() : nullptr;
     if (quiet)
         attr->setNotificationsBlocked(true);
@@ -50,13 +48,7 @@ bool AT_KeyframeCmds::AddKeyframe(SC_SceneCommon *, int frame, AT_Attr *attr, bo
 
 std::unique_ptr<CO_Command> AT_KeyframeCmds::DeleteKeyframe(int from, int to, AT_Attr *attr)
 {
-    if (!attr)
-        return nullptr;
-    std::unique_ptr<AT_AttrState> before = attr->saveState();
-    std::unique_ptr<AT_AttrState> after = before->clone();
-    if (after->removeKeyframes(from, to) == 0)
-        return nullptr;
-    return AT_AttrStateCmd::make(attr, std::move(before), std::move(after));
+    return attr ? attr->removeKeyframesCmd(from, to) : nullptr;
 }
 
 // ---- set value at a frame ----

@@ -14,6 +14,9 @@
 #include <cfloat>
 #include <cmath>
 #include <map>
+#include <optional>
+#include <utility>
+#include <vector>
 #include <type_traits>
 
 namespace at_value {
@@ -374,6 +377,61 @@ struct AT_AnimatedAttr<T, Base>::Impl {
     bool linkable = true;
 };
 
+namespace at_value {
+
+// An undo record of an animated attribute that holds only what changed: the local value before and
+// after, when it changed, and each key that changed, absent or present before and after. Its size
+// grows with the keys it changes, never with the length of the curve.
+//
+// Careful: it puts back its own keys and nothing else, so it is exact only where the undo stack
+// holds it, run in order with the commands before and after it (as every command is).
+template <class T, class Base>
+class CurveChangeCmd : public AT_AttrChangeCmd {
+public:
+    using Attr = AT_AnimatedAttr<T, Base>;
+    struct KeyChange {
+        int frame;
+        std::optional<Key<T>> before;  // absent: no key there
+        std::optional<Key<T>> after;
+    };
+
+    explicit CurveChangeCmd(Attr *attr) : attr_(attr) {}
+
+    void changeLocal(T const &before, T const &after) { local_ = std::make_pair(before, after); }
+    void changeKey(int frame, std::optional<Key<T>> const &before, std::optional<Key<T>> const &after)
+    {
+        keys_.push_back(KeyChange{frame, before, after});
+    }
+    bool isEmpty() const { return !local_ && keys_.empty(); }
+
+    AT_Attr *attr() const override { return attr_; }
+    bool execute() override { return apply(true); }
+    bool unexecute() override { return apply(false); }
+
+private:
+    bool apply(bool forward)
+    {
+        Curve<T> &curve = attr_->d_->curve;
+        if (local_)
+            curve.local = forward ? local_->second : local_->first;
+        for (KeyChange const &change : keys_) {
+            std::optional<Key<T>> const &key = forward ? change.after : change.before;
+            if (key)
+                curve.keys[change.frame] = *key;
+            else
+                curve.keys.erase(change.frame);
+        }
+        attr_->notifyChanged();
+        return true;
+    }
+
+    Attr *attr_;
+    std::optional<std::pair<T, T>> local_;  // before, after
+    std::vector<KeyChange> keys_;
+};
+
+}  // namespace at_value
+
 template <class T, class Base>
 AT_AnimatedAttr<T, Base>::AT_AnimatedAttr(AT_AttrOwner *owner, AT_AttrMeta const &meta,
                                           T const &defaultValue, bool linkable)
@@ -480,18 +538,21 @@ std::unique_ptr<CO_Command> AT_AnimatedAttr<T, Base>::setValueCmd(double frame, 
     }
     if (!isAcceptable(target))
         return nullptr;
-    auto after = std::make_unique<CurveState<T>>(d_->curve, isAnimatable());
+    auto command = std::make_unique<CurveChangeCmd<T, Base>>(this);
     if (!localOnly && isAnimatable() && (!d_->curve.keys.empty() || createKeyframe)) {
-        int const key = static_cast<int>(frame);
-        auto it = after->curve.keys.find(key);
-        if (it == after->curve.keys.end())
-            after->curve.keys.emplace(key, Key<T>{target, constantSegment});
-        else
-            it->second.value = target;
-    } else {
-        after->curve.local = target;
+        int const frameKey = static_cast<int>(frame);
+        auto const it = d_->curve.keys.find(frameKey);
+        if (it == d_->curve.keys.end()) {
+            command->changeKey(frameKey, std::nullopt, Key<T>{target, constantSegment});
+        } else if (!(it->second.value == target)) {
+            command->changeKey(frameKey, it->second, Key<T>{target, it->second.constant});
+        }
+    } else if (!(d_->curve.local == target)) {
+        command->changeLocal(d_->curve.local, target);
     }
-    return AT_AttrStateCmd::make(this, saveState(), std::move(after));
+    if (command->isEmpty())
+        return nullptr;
+    return command;
 }
 
 template <class T, class Base>
@@ -563,6 +624,37 @@ bool AT_AnimatedAttr<T, Base>::restoreState(AT_AttrState const &state)
         this->notifyChanged();
     }
     return true;
+}
+
+template <class T, class Base>
+std::unique_ptr<CO_Command> AT_AnimatedAttr<T, Base>::addKeyframeCmd(int frame, bool useCurrentValue,
+                                                                     bool constantSegment, bool replace)
+{
+    if (!isAnimatable())
+        return nullptr;
+    Curve<T> const &curve = d_->curve;
+    Key<T> const key{useCurrentValue ? curve.at(frame) : curve.local, constantSegment};
+    auto const it = curve.keys.find(frame);
+    if (it != curve.keys.end() && (!replace || it->second == key))
+        return nullptr;
+    auto command = std::make_unique<CurveChangeCmd<T, Base>>(this);
+    command->changeKey(frame, it == curve.keys.end() ? std::nullopt : std::optional<Key<T>>(it->second), key);
+    return command;
+}
+
+template <class T, class Base>
+std::unique_ptr<CO_Command> AT_AnimatedAttr<T, Base>::removeKeyframesCmd(int from, int to)
+{
+    if (from > to)
+        return nullptr;
+    auto const begin = d_->curve.keys.lower_bound(from);
+    auto const end = d_->curve.keys.upper_bound(to);
+    if (begin == end)
+        return nullptr;
+    auto command = std::make_unique<CurveChangeCmd<T, Base>>(this);
+    for (auto it = begin; it != end; ++it)
+        command->changeKey(it->first, it->second, std::nullopt);
+    return command;
 }
 
 template <class T, class Base>

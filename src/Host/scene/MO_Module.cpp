@@ -7,6 +7,9 @@
 #include "scene/SC_SceneMetrics.h"
 
 #include <algorithm>
+#include <cmath>
+#include <map>
+#include <tuple>
 
 // ---------------------------------------------------------------------------------------------
 // MO_Module
@@ -18,13 +21,43 @@ MO_Module::MO_Module(QString typeKeyword, int inPorts, int outPorts)
 }
 MO_Module::~MO_Module() = default;
 
+struct MO_Module::TransformCache {
+    struct Entry {
+        unsigned long dirty = 0;
+        unsigned input = 0;
+        CC_TransformationPtr parent;  // compared by address; held so that the address stays its own
+        SC_SceneMetrics metrics;
+        MO_PortTransformPtr value;
+    };
+    std::map<std::tuple<double, unsigned, int>, Entry> entries;  // by frame, port, context flags
+    // Beyond this many entries the map starts again, so that a long session of frames visited
+    // one by one does not keep them all.
+    static constexpr std::size_t kMaxEntries = 4096;
+};
+
 MO_PortTransformPtr MO_Module::getPortTransformation(MO_BaseContext const &context, unsigned port) const
 {
     if (port >= static_cast<unsigned>(nOutPorts()))
         return nullptr;
     unsigned const input = static_cast<unsigned>(std::max(0, transformationInput(context.frame())));
     CC_TransformationPtr parent = computeTransformationParent(context, input);
-    return UT_MakeShared<MO_PortTransform>(compose(context, parent ? *parent : CC_Transformation()));
+    if (std::isnan(context.frame()))  // no key orders NaN
+        return UT_MakeShared<MO_PortTransform>(compose(context, parent ? *parent : CC_Transformation()));
+    if (!transformCache_)
+        transformCache_ = std::make_unique<TransformCache>();
+    if (transformCache_->entries.size() >= TransformCache::kMaxEntries)
+        transformCache_->entries.clear();
+    TransformCache::Entry &entry = transformCache_->entries[std::make_tuple(context.frame(), port, context.flags())];
+    SC_SceneMetrics const &metrics = sceneMetrics();
+    if (entry.value && entry.dirty == dirtyCount() && entry.input == input && entry.parent.get() == parent.get() &&
+        entry.metrics == metrics)
+        return entry.value;
+    entry.value = UT_MakeShared<MO_PortTransform>(compose(context, parent ? *parent : CC_Transformation()));
+    entry.dirty = dirtyCount();
+    entry.input = input;
+    entry.parent = std::move(parent);
+    entry.metrics = metrics;
+    return entry.value;
 }
 
 CC_TransformationPtr MO_Module::computeTransformationParent(MO_BaseContext const &context, unsigned port) const

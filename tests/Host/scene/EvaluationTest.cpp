@@ -397,6 +397,57 @@ TEST(Evaluation, ChangesShowAtOnceAndMarkTheNodeDirty)
     expectPlaneMap(world(*chain.child, 1.0), Matrix2x3(-1, 0, 1, 0, -1, 4));
 }
 
+// Transformations are reused between evaluations: each change below comes after the chain was
+// evaluated at the frames it is read at, and must show at once all the same, on the grandchild.
+TEST(Evaluation, ReusedTransformationsFollowEveryChange)
+{
+    TUScene scene;
+    auto *top = add<MO_PegModule>(scene, "top");
+    auto *other = add<MO_PegModule>(scene, "other");
+    auto *middle = add<MO_PegModule>(scene, "middle");
+    auto *leaf = add<MO_PegModule>(scene, "leaf");
+    ASSERT_TRUE(MO_Node::connect(top, 0, middle, 0));
+    ASSERT_TRUE(MO_Node::connect(middle, 0, leaf, 0));
+    other->positionAttr()->setLocalValue(Math::Point3d(0.0, -16.0, 0.0));  // OGL (0, -1)
+    leaf->positionAttr()->setLocalValue(Math::Point3d(12.0, 0.0, 0.0));    // OGL (1, 0)
+    auto origin = [&](double frame) { return world(*leaf, frame) * Math::Point3d(); };
+    auto expectOrigin = [&](double frame, double x, double y) {
+        Math::Point3d const p = origin(frame);
+        EXPECT_NEAR(p.x, x, 1e-12) << "frame " << frame;
+        EXPECT_NEAR(p.y, y, 1e-12) << "frame " << frame;
+    };
+    expectOrigin(1.0, 1.0, 0.0);
+    expectOrigin(2.0, 1.0, 0.0);
+
+    // A value of the top, and a key at one frame only.
+    top->positionAttr()->setLocalValue(Math::Point3d(24.0, 0.0, 0.0));
+    expectOrigin(1.0, 3.0, 0.0);
+    middle->rotationAttr()->setKeyframe(2, Math::Angle3d(0.0, 0.0, 90.0));
+    expectOrigin(2.0, 2.0, 1.0);
+    expectOrigin(1.0, 2.0, 1.0);  // one key: the value of every frame
+
+    // A surrogate on the middle, then taken off.
+    auto surrogate = std::make_shared<AT_Rotation3dAttrSurrogate>(middle->rotationAttr(), Math::Angle3d(0.0, 0.0, 180.0));
+    ASSERT_TRUE(middle->rotationAttr()->setSurrogate(surrogate));
+    expectOrigin(2.0, 1.0, 0.0);
+    surrogate->setValue(Math::Angle3d(0.0, 0.0, -90.0));
+    expectOrigin(2.0, 2.0, -1.0);
+    middle->rotationAttr()->resetSurrogate();
+    expectOrigin(2.0, 2.0, 1.0);
+
+    // The middle linked under another parent, then under nothing.
+    ASSERT_TRUE(middle->disconnect(0));
+    expectOrigin(2.0, 0.0, 1.0);
+    ASSERT_TRUE(MO_Node::connect(other, 0, middle, 0));
+    expectOrigin(2.0, 0.0, 0.0);
+
+    // Other metrics: a field unit is 1/6 OGL unit across.
+    SC_SceneMetrics metrics = scene.sceneMetrics();
+    ASSERT_TRUE(metrics.setFieldToOgl(1.0 / 6.0, 1.0 / 16.0));
+    scene.setSceneMetrics(metrics);
+    expectOrigin(2.0, 0.0, 1.0);
+}
+
 TEST(Evaluation, VisitorsDispatchOnTheModuleClass)
 {
     TUScene scene;

@@ -9,8 +9,9 @@
 //
 // Changes that must be undoable go through commands: setTextValue and the functions of
 // AT_AttrCmds.h give a CO_Command (or null when nothing would change) for the caller to run with a
-// CO_CommandManager. Such commands swap whole value states (AT_AttrState), so undo restores the
-// attribute exactly: local value, keyframes and their flags.
+// CO_CommandManager. Such commands put back exactly what they changed (local value, keyframes and
+// their flags): the value kinds record only the local value or the keys that change, the others
+// swap whole value states (AT_AttrState).
 //
 // A surrogate (AT_AttrSurrogate.h) attached to an attribute replaces its value for every
 // evaluation (value, getValue, textValue) until it is detached; while one is attached no command
@@ -132,6 +133,14 @@ public:
     // tells the owner.
     virtual std::unique_ptr<AT_AttrState> saveState() const = 0;
     virtual bool restoreState(AT_AttrState const &state) = 0;
+
+    // Commands for keyframes, not yet executed; null when nothing would change. The base swaps
+    // whole states (AT_AttrStateCmd); kinds with keys hold only the keys that change, so that a
+    // command's memory does not grow with the length of the curve.
+    //   addKeyframeCmd: as AT_AttrState::addKeyframe. removeKeyframesCmd: the keys in [from, to].
+    virtual std::unique_ptr<CO_Command> addKeyframeCmd(int frame, bool useCurrentValue, bool constantSegment,
+                                                       bool replace);
+    virtual std::unique_ptr<CO_Command> removeKeyframesCmd(int from, int to);
 
     // Tells the owner (attrChanged) and the listeners (tell), unless notifications are blocked.
     void notifyChanged();

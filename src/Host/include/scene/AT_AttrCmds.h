@@ -22,9 +22,15 @@ class AT_Position3dAttr;
 class AT_Rotation3dAttr;
 class SC_SceneCommon;
 
+// A command that changes one attribute's value or keyframes: every command the attributes make.
+class AT_AttrChangeCmd : public CO_Command {
+public:
+    virtual AT_Attr *attr() const = 0;
+};
+
 // Puts an attribute in one whole state on execute and back in another on unexecute. Exact: the
 // states hold the local value and every keyframe.
-class AT_AttrStateCmd : public CO_Command {
+class AT_AttrStateCmd : public AT_AttrChangeCmd {
 public:
     AT_AttrStateCmd(AT_Attr *attr, std::unique_ptr<AT_AttrState> before,
                     std::unique_ptr<AT_AttrState> after);
@@ -34,7 +40,7 @@ public:
     static std::unique_ptr<CO_Command> make(AT_Attr *attr, std::unique_ptr<AT_AttrState> before,
                                             std::unique_ptr<AT_AttrState> after);
 
-    AT_Attr *attr() const;
+    AT_Attr *attr() const override;
     bool execute() override;
     bool unexecute() override;
 

@@ -21,6 +21,11 @@
 #include <climits>
 #include <memory>
 
+namespace at_value {
+template <class T, class Base>
+class CurveChangeCmd;
+}
+
 template <class T, class Base>
 class AT_AnimatedAttr : public Base {
 public:
@@ -67,6 +72,9 @@ public:
     std::vector<int> keyframes() const override;
     std::unique_ptr<AT_AttrState> saveState() const override;
     bool restoreState(AT_AttrState const &state) override;
+    std::unique_ptr<CO_Command> addKeyframeCmd(int frame, bool useCurrentValue, bool constantSegment,
+                                               bool replace) override;
+    std::unique_ptr<CO_Command> removeKeyframesCmd(int from, int to) override;
 
 protected:
     AT_AnimatedAttr(AT_AttrOwner *owner, AT_AttrMeta const &meta, T const &defaultValue,
@@ -77,6 +85,7 @@ protected:
     void writeXmlContent(QXmlStreamWriter &writer) const override;
 
 private:
+    friend class at_value::CurveChangeCmd<T, Base>;
     struct Impl;
     std::unique_ptr<Impl> d_;
 };

@@ -65,6 +65,16 @@ protected:
     static Math::Point2d readPoint2d(AT_Position2dAttr const *attr, double frame, Math::Point2d const &fallback = {});
     static Math::Point3d readPoint3d(AT_Position3dAttr const *attr, double frame, Math::Point3d const &fallback = {});
     static Math::Angle3d readAngle(AT_Rotation3dAttr const *attr, double frame);
+
+private:
+    // The transformations last given, per frame, output port and context flags, with what each
+    // was made from; one is given again while the module's dirty count, its transformation input,
+    // the parent's transformation (the very object, which the entry keeps alive) and the scene's
+    // metrics are the same. So a chain evaluated joint after joint composes each module once.
+    // Careful: compose must read nothing but this module's attributes (their changes mark the
+    // module dirty), the parent's transformation, the frame and the metrics.
+    struct TransformCache;
+    mutable std::unique_ptr<TransformCache> transformCache_;
 };
 
 // A module with an animated transformation of its own: pegs and drawing elements.

@@ -1,6 +1,6 @@
 // The downward walk over the node graph shared by the bridge's walkers.
 //
-// A work list (ordered by pointer) starts with the first node. The lowest node is taken out and
+// A work list (ordered by instance name, then by address) starts with the first node. The lowest node is taken out and
 // visited; if it has output ports, every node owning a real destination of its output port 0
 // (pass-through nodes looked through) joins the list. The walk ends when the list is empty. Only
 // output port 0 is followed. A node reached by two paths may be visited twice; the graph has no

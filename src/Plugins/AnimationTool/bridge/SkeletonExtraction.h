@@ -8,8 +8,8 @@
 //
 // Nothing here changes the scene, except that asking a module for its joint name registers the
 // run-time IKJointNameAttr on it the first time. A null module is allowed everywhere and gives the
-// empty result. Sibling joints come out in the order of their nodes' addresses: only a parent
-// standing before its children is guaranteed.
+// empty result. Sibling joints come out in the order of their nodes' instance names (addresses
+// between equal names): only a parent standing before its children is guaranteed.
 #pragma once
 
 #include "skeleton/IKMetaData.h"

@@ -37,6 +37,13 @@ public:
     static void setResourceFolder(QString const &folder);
     static QString const &resourceFolder();
 
+    // The one switch for a second thread: with it, the frames of a range are solved half on a
+    // worker thread, half on the calling thread (each frame is a problem of its own, so the poses
+    // are those of the serial order, bit for bit); every scene access stays on the calling thread.
+    // Off by default: on two cores shared with other work it does not pay (docs/performance.md).
+    static void setSolveOnWorkerThread(bool enable);
+    static bool solveOnWorkerThread();
+
     explicit IKTool(TO_AbstractToolContext *context);
     ~IKTool() override;
 

@@ -7,6 +7,8 @@
 #include "solver/JointActivity.h"
 
 #include <cstdio>
+#include <thread>
+#include <vector>
 
 namespace {
 
@@ -178,96 +180,118 @@ void IKTool::Impl::setUpTasks()
 // shadow tasks that setShadowPosing adds.
 void IKTool::Impl::setUpFrame(FrameRecord &r, double t, SkeletonDef const &first, SkeletonDef const &last)
 {
-    IKToolSettings const &settings = IKToolSettings::instance();
-    TIK::IKSolver *solver = r.solver.get();
-    SkeletonDef const &skeleton = r.skeleton;
+    addDragTasks(r);
+    setUpRoot(*r.solver);
+    if (!bonePicked)
+        addHoldTasks(r, t, first, last);
+    setUpAxes(r);
+    setActivities(r);
+    r.solver->setShadowPosing(IKToolSettings::instance().enableShadowPosing());
+}
 
-    // Drag tasks. Careful: an index that no longer fits this skeleton (a selection older than a
-    // change of the graph) is skipped.
+void IKTool::Impl::addDragTasks(FrameRecord &r)
+{
+    // Careful: an index that no longer fits this skeleton (a selection older than a change of the
+    // graph) is skipped.
     for (auto &[k, value] : selectedJointMap) {
-        if (!validIndex(skeleton, k))
+        if (!validIndex(r.skeleton, k))
             continue;
-        SkeletonJointDef const &joint = skeleton[std::size_t(k)];
+        SkeletonJointDef const &joint = r.skeleton[std::size_t(k)];
         value = joint.position;
-        TIK::IKPositionTask *task = solver->addPositionTask(joint.name.c_str(), 0);
+        TIK::IKPositionTask *task = r.solver->addPositionTask(joint.name.c_str(), 0);
         if (task) {
             task->setTarget(joint.position.x, joint.position.y, joint.position.z);
             task->setWeight(kDragTaskWeight);
         }
         r.positionTasks[k] = task;
     }
+}
 
-    // Root: a pick on a bone always keeps the root in place.
-    TIK::IKJoint *root = solver->rootJoint();
-    if (!settings.enableRootTranslation() || bonePicked) {
-        solver->setRootTranslationEnabled(false);
-        if (root) {
-            root->setTranslationEnabled(false, false);
-            root->setMobility(false, false, false, false);
-        }
-    } else {
-        solver->setRootTranslationEnabled(true);
-        if (root) {
-            root->setTranslationEnabled(true, false);
-            root->setMobility(true, true, false, false);
+namespace {
+
+// The flags of IKJoint::setMobility: the last argument chooses rotation or translation.
+constexpr bool kRotationAxes = true;
+constexpr bool kTranslationAxes = false;
+
+void setRotationZ(TIK::IKJoint &joint, bool mobile) { joint.setMobility(false, false, mobile, kRotationAxes); }
+void setTranslationXY(TIK::IKJoint &joint, bool mobile) { joint.setMobility(mobile, mobile, false, kTranslationAxes); }
+
+} // namespace
+
+// A pick on a bone always keeps the root in place.
+void IKTool::Impl::setUpRoot(TIK::IKSolver &solver)
+{
+    IKToolSettings const &settings = IKToolSettings::instance();
+    TIK::IKJoint *root = solver.rootJoint();
+    bool const translates = settings.enableRootTranslation() && !bonePicked;
+    solver.setRootTranslationEnabled(translates);
+    if (root) {
+        root->setTranslationEnabled(translates, false);
+        setTranslationXY(*root, translates);
+        if (translates) {
             root->setWeight(TIK::IKJoint::TranslationX, settings.rootTranslationGain());
             root->setWeight(TIK::IKJoint::TranslationY, settings.rootTranslationGain());
         }
     }
-    solver->setReservedLevel(-4);
+    solver.setReservedLevel(-4);
+}
 
-    // Hold tasks, for the joints that are not dragged.
-    if (!bonePicked) {
-        for (SkeletonJointDef const &joint : skeleton) {
-            if (selectedJointMap.count(joint.index))
-                continue;
-            if (joint.hasPositionTask()) {
-                if (TIK::IKPositionTask *task = solver->addPositionTask(joint.name.c_str(), 0)) {
-                    task->setWeight(joint.positionTaskWeight());
-                    Math::Point3d target = joint.position;
-                    if (!joint.useActualPositionWhenInterpolating() && validIndex(first, joint.index) &&
-                        validIndex(last, joint.index)) {
-                        // From its first to its last place, in a straight line at even speed.
-                        target = Math::Point3d::interpolate(t, first[std::size_t(joint.index)].position,
-                                                            last[std::size_t(joint.index)].position);
-                    }
-                    task->setTarget(target.x, target.y, target.z);
+// For the joints that are not dragged: a held position (on the straight line from its first to its
+// last place over the range, unless it uses its actual position) and a held orientation.
+void IKTool::Impl::addHoldTasks(FrameRecord &r, double t, SkeletonDef const &first, SkeletonDef const &last)
+{
+    for (SkeletonJointDef const &joint : r.skeleton) {
+        if (selectedJointMap.count(joint.index))
+            continue;
+        if (joint.hasPositionTask()) {
+            if (TIK::IKPositionTask *task = r.solver->addPositionTask(joint.name.c_str(), 0)) {
+                task->setWeight(joint.positionTaskWeight());
+                Math::Point3d target = joint.position;
+                if (!joint.useActualPositionWhenInterpolating() && validIndex(first, joint.index) &&
+                    validIndex(last, joint.index)) {
+                    target = Math::Point3d::interpolate(t, first[std::size_t(joint.index)].position,
+                                                        last[std::size_t(joint.index)].position);
                 }
+                task->setTarget(target.x, target.y, target.z);
             }
-            if (joint.hasOrientationTask() && hasChild(skeleton, joint.name)) {
-                if (TIK::IKOrientationTask *task = solver->addOrientationTask(joint.name.c_str(), 0)) {
-                    task->setWeight(joint.orientationTaskWeight());
-                    task->setTarget(0.0, 0.0, 0.0, 1.0);
-                }
+        }
+        if (joint.hasOrientationTask() && hasChild(r.skeleton, joint.name)) {
+            if (TIK::IKOrientationTask *task = r.solver->addOrientationTask(joint.name.c_str(), 0)) {
+                task->setWeight(joint.orientationTaskWeight());
+                task->setTarget(0.0, 0.0, 0.0, 1.0);
             }
         }
     }
+}
 
-    // Axes.
-    for (SkeletonJointDef const &joint : skeleton) {
-        TIK::IKJoint *j = solver->joint(joint.name.c_str());
+// Each joint turns about z when it is mobile and has a child; no joint but the root translates.
+void IKTool::Impl::setUpAxes(FrameRecord &r)
+{
+    for (SkeletonJointDef const &joint : r.skeleton) {
+        TIK::IKJoint *j = r.solver->joint(joint.name.c_str());
         if (!j)
             continue;
         if (joint.name != "root")
-            j->setMobility(false, false, false, false);
-        j->setMobility(false, false, joint.isMobile() && joint.childCount != 0, true);
+            setTranslationXY(*j, false);
+        setRotationZ(*j, joint.isMobile() && joint.childCount != 0);
         // Index 2 is read by no residual: the mobility weight has no effect on the solution.
         j->setWeight(TIK::IKJoint::TranslationZ, joint.mobilityWeight());
     }
+}
 
-    // Activity.
+// How much each joint takes part, from the dragged joints and the blockers.
+void IKTool::Impl::setActivities(FrameRecord &r)
+{
     std::vector<int> dragged;
     for (auto const &entry : selectedJointMap)
         dragged.push_back(entry.first);
     std::vector<bool> blockers;
-    for (SkeletonJointDef const &joint : skeleton)
+    for (SkeletonJointDef const &joint : r.skeleton)
         blockers.push_back(joint.isBlocker());
-    std::vector<double> const activity = TIK::jointActivities(skeleton, dragged, blockers, bonePicked);
-    for (std::size_t i = 0; i < skeleton.size() && i < activity.size(); ++i)
-        if (TIK::IKJoint *j = solver->joint(skeleton[i].name.c_str()))
+    std::vector<double> const activity = TIK::jointActivities(r.skeleton, dragged, blockers, bonePicked);
+    for (std::size_t i = 0; i < r.skeleton.size() && i < activity.size(); ++i)
+        if (TIK::IKJoint *j = r.solver->joint(r.skeleton[i].name.c_str()))
             j->setActivity(activity[i]);
-
-    solver->setShadowPosing(settings.enableShadowPosing());
 }
 
 void IKTool::Impl::setUpJointPaths()
@@ -326,25 +350,65 @@ void IKTool::Impl::moveTargets(Math::Vector3d const &delta)
     }
 }
 
+namespace {
+
+bool &workerThreadSwitch()
+{
+    static bool enabled = false;
+    return enabled;
+}
+
+// Solves one frame's problem and copies the solved positions into its skeleton. Touches nothing
+// but the record's solver and skeleton, so records may be solved on different threads.
+void solveRecord(FrameRecord &r, int maxIterations)
+{
+    if (!TIK::solve(r.solver.get(), maxIterations, 0.5)) {
+        // Nothing to solve (every joint frozen): the pose stays as it was.
+        std::printf("######################################\n");
+        std::printf("solve returned: %d\n", 0);
+        std::fflush(stdout);
+        r.solver->resetToRest();
+    }
+    r.solver->updateJoints();
+    for (SkeletonJointDef &joint : r.skeleton)
+        if (TIK::IKJoint *j = r.solver->joint(joint.name.c_str()))
+            joint.solvedPosition = j->position();
+}
+
+} // namespace
+
+void IKTool::setSolveOnWorkerThread(bool enable)
+{
+    workerThreadSwitch() = enable;
+}
+
+bool IKTool::solveOnWorkerThread()
+{
+    return workerThreadSwitch();
+}
+
 void IKTool::Impl::solveFrames(bool final)
 {
     int const maxIterations = IKToolSettings::instance().maxIterations();
-    for (auto &entry : frames) {
-        FrameRecord &r = entry.second;
-        if (!TIK::solve(r.solver.get(), maxIterations, 0.5)) {
-            // Nothing to solve (every joint frozen): the pose stays as it was.
-            std::printf("######################################\n");
-            std::printf("solve returned: %d\n", 0);
-            std::fflush(stdout);
-            r.solver->resetToRest();
-        }
-        r.solver->updateJoints();
-        for (SkeletonJointDef &joint : r.skeleton)
-            if (TIK::IKJoint *j = r.solver->joint(joint.name.c_str()))
-                joint.solvedPosition = j->position();
-        if (r.manipulators.isValid())
-            r.manipulators.update();
+    std::vector<FrameRecord *> records;
+    for (auto &entry : frames)
+        records.push_back(&entry.second);
+    if (workerThreadSwitch() && records.size() > 1) {
+        // Odd places on the worker, even ones here; the join comes before any scene access.
+        std::thread worker([&records, maxIterations] {
+            for (std::size_t i = 1; i < records.size(); i += 2)
+                solveRecord(*records[i], maxIterations);
+        });
+        for (std::size_t i = 0; i < records.size(); i += 2)
+            solveRecord(*records[i], maxIterations);
+        worker.join();
+    } else {
+        for (FrameRecord *r : records)
+            solveRecord(*r, maxIterations);
     }
+    for (FrameRecord *r : records)
+        if (r->manipulators.isValid())
+            r->manipulators.update();
     // The records share the scene's attributes and each update replaced the surrogates of the one
     // before: leave the view showing the current frame's pose.
     if (!final) {

@@ -109,7 +109,14 @@ struct IKTool::Impl : public IKToolSettings::SelectionJointSource {
     bool buildManipulators(MO_Module *root);
     void resetSolvers();
     void setUpTasks();
+    // The tasks, axes and activities of one record's solver; `t` is the frame's place in the range
+    // (0 at the first frame, 1 at the last), `first` and `last` the skeletons there. In steps:
     void setUpFrame(FrameRecord &record, double t, SkeletonDef const &first, SkeletonDef const &last);
+    void addDragTasks(FrameRecord &record);
+    void setUpRoot(TIK::IKSolver &solver);
+    void addHoldTasks(FrameRecord &record, double t, SkeletonDef const &first, SkeletonDef const &last);
+    void setUpAxes(FrameRecord &record);
+    void setActivities(FrameRecord &record);
     void setUpJointPaths();
     void moveTargets(Math::Vector3d const &delta);
     void solveFrames(bool final);

@@ -155,9 +155,12 @@ IKMetaData *IKToolUtil::getIKMetaDataForModule(MO_Module *module)
 {
     if (!module)
         return nullptr;
+    // The metadata is always a dynamic attribute (made by a command or read with its type name):
+    // the built-in attributes, most of a module's, are passed over without a cast.
     for (auto it = module->attrsBegin(); it != module->attrsEnd(); ++it)
-        if (auto *metaData = dynamic_cast<IKMetaData *>(*it))
-            return metaData;
+        if ((*it)->isDynamic())
+            if (auto *metaData = dynamic_cast<IKMetaData *>(*it))
+                return metaData;
     return nullptr;
 }
 

@@ -98,7 +98,8 @@ public:
 
 namespace IKToolUtil {
 
-// The first attribute of the module, in the node's order, that is an IKMetaData; null for a null
+// The first dynamic attribute of the module, in the node's order, that is an IKMetaData (it is
+// always made dynamic: by a command, or read with its type name); null for a null
 // module or a module without one. Asking creates nothing.
 IKMetaData *getIKMetaDataForModule(MO_Module *module);
 // As above; null for a node that is no module.

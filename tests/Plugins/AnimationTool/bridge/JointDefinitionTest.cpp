@@ -30,8 +30,8 @@ JointAttr *jointOf(MO_Module *module)
 // The attribute that a recorded command changes, for commands made by setTextValue.
 AT_Attr *target(CO_Command *command)
 {
-    auto const *state = dynamic_cast<AT_AttrStateCmd const *>(command);
-    return state ? state->attr() : nullptr;
+    auto const *change = dynamic_cast<AT_AttrChangeCmd const *>(command);
+    return change ? change->attr() : nullptr;
 }
 
 void expectNear(Math::Point3d const &actual, Math::Point3d const &expected)
