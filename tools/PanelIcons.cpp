@@ -1,8 +1,9 @@
 // Draws the icons of the plug-in into its resource folder, each a light rounded face of 16 by 16
 // in the middle of 22 by 22 (the margin stays transparent, as on the constellation's buttons,
 // whose icons the panel shares) with a dark symbol: the IK tool panel's as PNG files in icons/,
-// the IK tool's tool bar and menu icon as IKTool.png, and the Shift and Trace tool's as
-// ShiftAndTrace/shiftandtracetool.svg. Run it after changing a symbol:
+// the IK tool's tool bar and menu icon as IKTool.png, the Shift and Trace tool's as
+// ShiftAndTrace/shiftandtracetool.svg, and the Shift and Trace panel's as SVG files in
+// icons/ShiftAndTrace/. Run it after changing a symbol:
 //   cmake --build --preset default --target PanelIcons && build/default/bin/PanelIcons resources
 #include <QDir>
 #include <QGuiApplication>
@@ -247,6 +248,106 @@ void shiftAndTraceSymbol(QPainter &p)
     p.drawPath(over);
 }
 
+// The Shift and Trace panel's buttons, as SVG files in icons/ShiftAndTrace/.
+
+QColor const kOutline(255, 120, 0);  // the host's colour of outlines, pegs and cross-hairs
+
+// A sheet of paper with a drawing on it, at `at` (top left), 8 by 8.
+void sheet(QPainter &p, QPointF const &at, QColor const &stroke)
+{
+    p.setPen(pen(QColor(150, 150, 150), 1.0));
+    p.setBrush(Qt::white);
+    p.drawRect(QRectF(at, QSizeF(8, 8)));
+    p.setPen(pen(stroke, 1.2));
+    p.setBrush(Qt::NoBrush);
+    QPainterPath path(at + QPointF(1.5, 6));
+    path.quadTo(at + QPointF(4, 1), at + QPointF(6.5, 6));
+    p.drawPath(path);
+}
+
+void pegBar(QPainter &p, double y)
+{
+    p.setPen(pen(kOutline, 1.4));
+    p.drawLine(QPointF(6, y), QPointF(16, y));
+    p.setPen(Qt::NoPen);
+    p.setBrush(kOutline);
+    p.drawEllipse(QPointF(11, y), 2.0, 2.0);
+    p.drawRect(QRectF(5, y - 1.4, 2.8, 2.8));
+    p.drawRect(QRectF(14.2, y - 1.4, 2.8, 2.8));
+}
+
+void crossHair(QPainter &p, QPointF const &at, double r)
+{
+    p.setPen(pen(kOutline, 1.2));
+    p.setBrush(Qt::NoBrush);
+    p.drawLine(at + QPointF(-r, 0), at + QPointF(r, 0));
+    p.drawLine(at + QPointF(0, -r), at + QPointF(0, r));
+    p.drawEllipse(at, r * 0.45, r * 0.45);
+}
+
+std::vector<std::pair<char const *, Symbol>> shiftAndTraceSymbols()
+{
+    return {
+        {"shiftandtrace", [](QPainter &p) { shiftAndTraceSymbol(p); }},
+        // Every sheet back in its place: two sheets, a circular arrow.
+        {"clearallshifts", [](QPainter &p) {
+             sheet(p, QPointF(5, 5), QColor(60, 110, 200));
+             sheet(p, QPointF(8.5, 8.5), kInk);
+             p.setPen(pen(kRed, 1.4));
+             p.setBrush(Qt::NoBrush);
+             p.drawArc(QRectF(10.5, 10.5, 6, 6), 60 * 16, 280 * 16);
+             arrowHead(p, QPointF(15.4, 11.0), 0.3, kRed);
+         }},
+        // One sheet back in its place.
+        {"clearcurrentshift", [](QPainter &p) {
+             sheet(p, QPointF(5.5, 5.5), kInk);
+             p.setPen(pen(kRed, 1.4));
+             p.setBrush(Qt::NoBrush);
+             p.drawArc(QRectF(10.5, 10.5, 6, 6), 60 * 16, 280 * 16);
+             arrowHead(p, QPointF(15.4, 11.0), 0.3, kRed);
+         }},
+        // The box, corner handles and rotation knob around a drawing.
+        {"showmanipulator", [](QPainter &p) {
+             QColor const handles(244, 104, 60);
+             p.setPen(pen(handles, 1.0));
+             p.setBrush(Qt::NoBrush);
+             p.drawRect(QRectF(6.5, 8.5, 9, 8));
+             p.drawLine(QPointF(11, 8.5), QPointF(11, 6));
+             p.setBrush(handles);
+             for (QPointF const &c : {QPointF(6.5, 8.5), QPointF(15.5, 8.5), QPointF(6.5, 16.5), QPointF(15.5, 16.5)})
+                 p.drawRect(QRectF(c - QPointF(1.2, 1.2), QSizeF(2.4, 2.4)));
+             p.drawEllipse(QPointF(11, 5.5), 1.5, 1.5);
+         }},
+        // A sheet on its peg bar.
+        {"showpegs", [](QPainter &p) {
+             p.setPen(pen(QColor(150, 150, 150), 1.0));
+             p.setBrush(Qt::white);
+             p.drawRect(QRectF(5.5, 5.5, 11, 9));
+             pegBar(p, 15.5);
+         }},
+        // A drawing's outline only.
+        {"showoutline", [](QPainter &p) {
+             p.setPen(pen(kOutline, 1.4));
+             p.setBrush(Qt::NoBrush);
+             QPainterPath path(QPointF(6.5, 14.5));
+             path.cubicTo(QPointF(6.5, 5), QPointF(15.5, 5), QPointF(15.5, 14.5));
+             path.closeSubpath();
+             p.drawPath(path);
+         }},
+        {"showcrosshair", [](QPainter &p) { crossHair(p, QPointF(11, 11), 5.0); }},
+        {"addcrosshair", [](QPainter &p) {
+             crossHair(p, QPointF(9.5, 12.5), 4.0);
+             p.setPen(pen(kGreen, 1.8));
+             p.drawLine(QPointF(14.5, 5), QPointF(14.5, 9.5));
+             p.drawLine(QPointF(12.25, 7.25), QPointF(16.75, 7.25));
+         }},
+        {"removecrosshair", [](QPainter &p) {
+             crossHair(p, QPointF(9.5, 12.5), 4.0);
+             cross(p, QPointF(14.5, 7.5), 1.8, kRed);
+         }},
+    };
+}
+
 void paintIcon(QPainter &p, Symbol const &symbol)
 {
     p.setRenderHint(QPainter::Antialiasing);
@@ -267,13 +368,13 @@ bool writePng(QString const &path, Symbol const &symbol)
     return image.save(path, "PNG");
 }
 
-bool writeSvg(QString const &path, Symbol const &symbol)
+bool writeSvg(QString const &path, Symbol const &symbol, QString const &title)
 {
     QSvgGenerator svg;
     svg.setFileName(path);
     svg.setSize(QSize(22, 22));
     svg.setViewBox(QRect(0, 0, 22, 22));
-    svg.setTitle(QStringLiteral("Shift and Trace"));
+    svg.setTitle(title);
     QPainter p;
     if (!p.begin(&svg))
         return false;
@@ -306,7 +407,13 @@ int main(int argc, char **argv)
         return fail(ikTool);
     resources.mkpath(QStringLiteral("ShiftAndTrace"));
     QString const shiftAndTrace = resources.filePath(QStringLiteral("ShiftAndTrace/shiftandtracetool.svg"));
-    if (!writeSvg(shiftAndTrace, shiftAndTraceSymbol))
+    if (!writeSvg(shiftAndTrace, shiftAndTraceSymbol, QStringLiteral("Shift and Trace")))
         return fail(shiftAndTrace);
+    resources.mkpath(QStringLiteral("icons/ShiftAndTrace"));
+    for (auto const &[name, symbol] : shiftAndTraceSymbols()) {
+        QString const path = resources.filePath(QStringLiteral("icons/ShiftAndTrace/") + QLatin1String(name) + QStringLiteral(".svg"));
+        if (!writeSvg(path, symbol, QLatin1String(name)))
+            return fail(path);
+    }
     return 0;
 }
