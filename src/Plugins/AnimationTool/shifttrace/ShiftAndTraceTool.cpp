@@ -20,6 +20,11 @@ bool shortcutsLoaded = false;  // the tool's shortcut file was loaded once
 CX_ToolIds::ID const ShiftAndTraceTool::Id = ShiftAndTraceTool::registerWithFactory();
 static ShiftAndTraceToolResponder shiftAndTraceResponder;
 
+ShiftAndTraceToolResponder *ShiftAndTraceTool::responder()
+{
+    return &shiftAndTraceResponder;
+}
+
 TO_ToolFactory::ToolDescriptor ShiftAndTraceTool::descriptor()
 {
     TO_ToolFactory::ToolDescriptor d;

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "host/HostAPI.h"
+#include "shifttrace/ShiftAndTraceToolResponder.h"
 
 class ShiftAndTraceTool : public TO_Tool {
     Q_OBJECT
@@ -15,6 +16,8 @@ public:
     static TO_ToolFactory::ToolDescriptor descriptor();
     static std::unique_ptr<TO_ToolFactory::ToolGenerator> createGenerator();
     static CX_ToolIds::ID registerWithFactory();
+    // The one responder of the tool's actions.
+    static ShiftAndTraceToolResponder *responder();
 
     // Shortcuts, image folders, the toolbar "shiftAndTraceToolbar" and the icon folder.
     static void onPolish();
@@ -23,17 +26,4 @@ public:
 
     explicit ShiftAndTraceTool(TO_AbstractToolContext *context);
     ~ShiftAndTraceTool() override;
-};
-
-class ShiftAndTraceToolResponder : public AC_ResponderTemplateObject<QObject> {
-    Q_OBJECT
-public:
-    // Registers with the action manager the host offers at the time (none is also fine).
-    ShiftAndTraceToolResponder();
-
-    AC_Responder *parentResponder() override { return nullptr; }
-
-public slots:
-    // Makes the Shift and Trace tool the current tool.
-    void onActionSelectShiftAndTraceTool();
 };

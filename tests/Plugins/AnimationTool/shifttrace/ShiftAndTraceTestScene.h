@@ -1,0 +1,75 @@
+// A light scene for the Shift and Trace tests, built in memory and installed as the plug-in's
+// session: two elements at the scene's origin (identity world matrices) under default metrics, so
+// that field x (1/12 OGL unit) and field y (1/16) differ.
+//
+//   "Hand": drawing "1" from frame 1, "2" from frame 5, nothing from frame 9.
+//   "Arm":  drawing "a" from frame 1.
+#pragma once
+
+#include "host/HostAPI.h"
+#include "shifttrace/ShiftAndTraceSelection.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+class ShiftAndTraceScene : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        auto scene = std::make_unique<TUScene>();
+        hand = addElement(*scene, QStringLiteral("Hand"));
+        hand->addDrawing(QStringLiteral("1"), {square(0.1, 0.2, 0.3, 0.5)});
+        hand->addDrawing(QStringLiteral("2"), {square(-0.1, -0.1, 0.1, 0.1)});
+        hand->setExposure(1, QStringLiteral("1"));
+        hand->setExposure(5, QStringLiteral("2"));
+        hand->setExposure(9, QString());
+        arm = addElement(*scene, QStringLiteral("Arm"));
+        arm->addDrawing(QStringLiteral("a"), {square(-0.5, -0.5, 0.5, 0.5)});
+        arm->setExposure(1, QStringLiteral("a"));
+        session = std::make_unique<SC_Session>(std::move(scene));
+        PLUG_Services::setSessionContext(session.get());
+        PLUG_Services::setEditionStackInterface(session.get());
+        PLUG_Services::setSelection(session->getSelection());
+        selection().elements().clear();
+        selection().validate(-1);
+    }
+    void TearDown() override
+    {
+        selection().elements().clear();
+        PLUG_Services::setSelection(nullptr);
+        PLUG_Services::setEditionStackInterface(nullptr);
+        PLUG_Services::setSessionContext(nullptr);
+    }
+
+    static ShiftAndTraceSelection &selection() { return ShiftAndTraceSelection::instance(); }
+    SL_Selection *nodeSelection() const { return session->getSelection(); }
+    CO_CommandManager *commands() const { return session->commandManager(); }
+
+    static OC_VectorShape square(double x0, double y0, double x1, double y1)
+    {
+        OC_VectorShape shape;
+        shape.kind = OC_VectorShape::Kind::Polygon;
+        shape.points = {{x0, y0}, {x1, y0}, {x1, y1}, {x0, y1}};
+        return shape;
+    }
+
+    static CA_CelKey key(char const *element, char const *drawing)
+    {
+        return CA_CelKey(QLatin1String(element), QLatin1String(drawing));
+    }
+
+    std::unique_ptr<SC_Session> session;
+    MO_ElementModule *hand = nullptr;
+    MO_ElementModule *arm = nullptr;
+
+private:
+    static MO_ElementModule *addElement(TUScene &scene, QString const &name)
+    {
+        auto node = UT_MakeShared<MO_ElementModule>();
+        node->setInstanceName(name);
+        auto *element = static_cast<MO_ElementModule *>(scene.getRootGroup()->addNode(node));
+        element->setElementName(name);
+        return element;
+    }
+};
