@@ -80,15 +80,19 @@ bool ShiftAndTraceToolUtils::applyPlaneTransform(PositionData &data, Math::Matri
     Math::Point2d const c((data.pivotX + data.positionX) * metrics.fieldToOglX(),
                           (data.pivotY + data.positionY) * metrics.fieldToOglY());
     Math::Vector2d const moved = t * c - c;
-    if (data.scaleX != 0.0 && data.scaleY != 0.0) {
-        double const r = allowedRatio(data, s);
+    PositionData result = data;
+    if (result.scaleX != 0.0 && result.scaleY != 0.0) {
+        double const r = allowedRatio(result, s);
         if (r != 0.0) {
-            data.scaleX *= r;
-            data.scaleY *= r;
+            result.scaleX *= r;
+            result.scaleY *= r;
         }
     }
-    data.rotation += angle;
-    data.positionX += moved.x * metrics.oglToFieldX();
-    data.positionY += moved.y * metrics.oglToFieldY();
+    result.rotation += angle;
+    result.positionX += moved.x * metrics.oglToFieldX();
+    result.positionY += moved.y * metrics.oglToFieldY();
+    if (!result.isStorable())
+        return false;
+    data = result;
     return true;
 }

@@ -38,7 +38,8 @@ void movePivotKeepingImage(PositionData &data, Math::Vector2d const &fieldDelta,
 // Applies a plane transform `t`, in the drawing's own OGL space, to the shift: the scales are
 // multiplied by the square root of |det t| (cut as in scaleBy), the rotation grows by the angle of
 // t's x axis, and the position moves by where t carries the shown pivot. The pivot stays. False,
-// nothing changed, when det t is 0 or not finite.
+// nothing changed, when det t is 0 or not finite, or the result could not be stored (a value not
+// finite or above the storage limit).
 bool applyPlaneTransform(PositionData &data, Math::Matrix2x3 const &t, SC_SceneMetrics const &metrics);
 
 } // namespace ShiftAndTraceToolUtils

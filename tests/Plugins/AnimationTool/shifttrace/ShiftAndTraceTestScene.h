@@ -13,6 +13,40 @@
 
 #include <memory>
 
+// A view for the manipulators and the tool: 401 by 301 pixels, 120 pixels per OGL unit, camera at
+// the origin, so that the view pixel (200 + 120 x, 150 - 120 y) shows the scene point (x, y).
+// Modifiers, frame and view kind are set by the test; picks find nothing.
+class TestToolContext : public TO_AbstractToolContext {
+public:
+    static constexpr double kPixelsPerUnit = 120.0;
+    TestToolContext()
+    {
+        binder.setViewport(401, 301);
+        binder.setOrthographicProjection(kPixelsPerUnit);
+    }
+    static Math::Point2d pixel(double x, double y) { return {200.0 + kPixelsPerUnit * x, 150.0 - kPixelsPerUnit * y}; }
+
+    bool extendModifier() const override { return extend; }
+    bool keepModifier() const override { return keep; }
+    bool thirdModifier() const override { return false; }
+    double currentFrame() const override { return frame; }
+    void requestRedraw() override { ++redraws; }
+    UT_SharedPtr<SLB_SelectableDescriptor> pick(UT_Point const &, bool, int) override { return nullptr; }
+    CC_CameraChainTransformCanvasBinder *canvasBinder() override { return &binder; }
+    int registerCursor(QCursor *) override { return 0; }
+    int viewKind() const override { return kind; }
+    int pickedHandle(UT_SharedPtr<SLB_SelectableDescriptor> const &) override { return -1; }
+    void dragStepDone() override { ++dragSteps; }
+
+    CC_CameraChainTransformCanvasBinder binder;
+    bool extend = false;
+    bool keep = false;
+    double frame = 1.0;
+    int kind = CameraView;
+    int redraws = 0;
+    int dragSteps = 0;
+};
+
 class ShiftAndTraceScene : public ::testing::Test {
 protected:
     void SetUp() override
