@@ -185,7 +185,8 @@ bool ShiftAndTraceManipulator::onMouseDown(TO_AbstractToolContext *ctx, GR_Stylu
         enter(binder, record);
     };
     MO_ElementModule *module = d_->module;
-    ShiftAndTraceAttr *attr = AT_ShiftAndTraceUtil::shiftAndTraceFor(module);
+    // Made here if no paint made it yet: an attribute without shifts is no undo step and not saved.
+    ShiftAndTraceAttr *attr = AT_ShiftAndTraceUtil::addShiftAndTrace(module);
     OC_Drawing const *drawing = module ? drawingAt(module, d_->frame) : nullptr;
     Math::Point2d const &at = point.position();
     switch (selectedHandleType()) {

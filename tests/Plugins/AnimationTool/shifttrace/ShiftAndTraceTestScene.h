@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
 
 // A view for the manipulators and the tool: 401 by 301 pixels, 120 pixels per OGL unit, camera at
@@ -31,7 +32,12 @@ public:
     bool thirdModifier() const override { return false; }
     double currentFrame() const override { return frame; }
     void requestRedraw() override { ++redraws; }
-    UT_SharedPtr<SLB_SelectableDescriptor> pick(UT_Point const &, bool, int) override { return nullptr; }
+    // Runs `onPick` (a stand-in for the view's pick pass) when set; counts the picks.
+    UT_SharedPtr<SLB_SelectableDescriptor> pick(UT_Point const &, bool commit, int) override
+    {
+        ++picks;
+        return onPick ? onPick(commit) : nullptr;
+    }
     CC_CameraChainTransformCanvasBinder *canvasBinder() override { return &binder; }
     int registerCursor(QCursor *) override { return 0; }
     int viewKind() const override { return kind; }
@@ -45,6 +51,8 @@ public:
     int kind = CameraView;
     int redraws = 0;
     int dragSteps = 0;
+    int picks = 0;
+    std::function<UT_SharedPtr<SLB_SelectableDescriptor>(bool)> onPick;
 };
 
 class ShiftAndTraceScene : public ::testing::Test {
