@@ -3,6 +3,7 @@
 #include "shifttrace/ShiftAndTraceManipulator.h"
 #include "shifttrace/ShiftAndTraceSelection.h"
 #include "shifttrace/ShiftAndTraceSelectionManipulator.h"
+#include "shifttrace/ShiftAndTraceToolPanel.h"
 
 #include <QFile>
 
@@ -59,6 +60,7 @@ ShiftAndTraceHandleGenerator handleGenerator;
 
 bool shortcutsLoadedAtInit = false;    // onInit loaded the tool's shortcuts
 bool shortcutsLoadedAtPolish = false;  // onPolish loaded them
+bool panelFactoryMade = false;         // onPolish gave the panel's factory to the host
 
 void loadShortcuts(bool &done)
 {
@@ -155,6 +157,13 @@ void ShiftAndTraceTool::onPolish()
     if (actions)
         actions->addImageFolder(dir);
     WID_IconManager::instance().addSearchDirectory(dir);
+    // The panel factory, once (the host keeps it); the reset actions run the panel's clearing.
+    if (!panelFactoryMade) {
+        panelFactoryMade = true;
+        TP_ToolPropertiesPanelFactory::addPanelFactory(std::make_unique<ShiftAndTraceToolPanelFactory>(dir));
+        responder()->setClearShiftActions(&ShiftAndTraceToolPanel::onClearCurrentShiftImpl,
+                                          &ShiftAndTraceToolPanel::onClearAllShiftsImpl);
+    }
     responder()->readPreferences();
 }
 
