@@ -1,6 +1,7 @@
 #include "shifttrace/ShiftAndTraceToolResponder.h"
 
 #include "shifttrace/ShiftAndTraceTool.h"
+#include "shifttrace/ShiftAndTraceToolPanel.h"
 #include "shifttrace/ShiftAndTraceToolUtils.h"
 
 namespace ST = AT_ShiftAndTraceUtil;
@@ -13,14 +14,6 @@ QString const kShowPegsKey = QStringLiteral("ShiftAndTraceShowPegs");
 QString const kShowCrossHairKey = QStringLiteral("ShiftAndTraceShowCrossHair");
 QString const kShowManipulatorKey = QStringLiteral("ShiftAndTraceShowManipulator");
 QString const kShowOutlineKey = QStringLiteral("ShiftAndTraceShowOutline");
-
-// Whether any element module is selected as a node, shifted or not.
-bool hasShiftAndTraceDrawingsSelected()
-{
-    std::vector<MO_ElementModule *> modules;
-    ShiftAndTraceToolUtils::selectedElementModules(modules);
-    return !modules.empty();
-}
 
 void setMarks(AC_ActionInfo *info, bool enabled, bool checked)
 {
@@ -208,7 +201,7 @@ void ShiftAndTraceToolResponder::onActionResetCurrentShiftPosition()
 
 void ShiftAndTraceToolResponder::onActionResetCurrentShiftPositionValidate(AC_ActionInfo *info)
 {
-    info->setEnabled(ST::shiftAndTraceEnabled() && hasShiftAndTraceDrawingsSelected());
+    info->setEnabled(ST::shiftAndTraceEnabled() && ShiftAndTraceToolPanel::hasShiftAndTraceDrawingsSelected());
 }
 
 void ShiftAndTraceToolResponder::onActionResetAllShiftPositions()
@@ -218,7 +211,7 @@ void ShiftAndTraceToolResponder::onActionResetAllShiftPositions()
 
 void ShiftAndTraceToolResponder::onActionResetAllShiftPositionsValidate(AC_ActionInfo *info)
 {
-    info->setEnabled(ST::shiftAndTraceEnabled() && hasShiftAndTraceDrawingsSelected());
+    info->setEnabled(ST::shiftAndTraceEnabled() && ShiftAndTraceToolPanel::hasShiftAndTraceDrawingsSelected());
 }
 
 void ShiftAndTraceToolResponder::onActionShowCrossHair()
