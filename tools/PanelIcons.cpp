@@ -285,6 +285,15 @@ void crossHair(QPainter &p, QPointF const &at, double r)
     p.drawEllipse(at, r * 0.45, r * 0.45);
 }
 
+// A small circular arrow at the bottom right: back to where it was.
+void backArrow(QPainter &p)
+{
+    p.setPen(pen(kRed, 1.4));
+    p.setBrush(Qt::NoBrush);
+    p.drawArc(QRectF(10.5, 10.5, 6, 6), 60 * 16, 280 * 16);
+    arrowHead(p, QPointF(15.4, 11.0), 0.3, kRed);
+}
+
 std::vector<std::pair<char const *, Symbol>> shiftAndTraceSymbols()
 {
     return {
@@ -293,18 +302,12 @@ std::vector<std::pair<char const *, Symbol>> shiftAndTraceSymbols()
         {"clearallshifts", [](QPainter &p) {
              sheet(p, QPointF(5, 5), QColor(60, 110, 200));
              sheet(p, QPointF(8.5, 8.5), kInk);
-             p.setPen(pen(kRed, 1.4));
-             p.setBrush(Qt::NoBrush);
-             p.drawArc(QRectF(10.5, 10.5, 6, 6), 60 * 16, 280 * 16);
-             arrowHead(p, QPointF(15.4, 11.0), 0.3, kRed);
+             backArrow(p);
          }},
         // One sheet back in its place.
         {"clearcurrentshift", [](QPainter &p) {
              sheet(p, QPointF(5.5, 5.5), kInk);
-             p.setPen(pen(kRed, 1.4));
-             p.setBrush(Qt::NoBrush);
-             p.drawArc(QRectF(10.5, 10.5, 6, 6), 60 * 16, 280 * 16);
-             arrowHead(p, QPointF(15.4, 11.0), 0.3, kRed);
+             backArrow(p);
          }},
         // The box, corner handles and rotation knob around a drawing.
         {"showmanipulator", [](QPainter &p) {

@@ -82,6 +82,15 @@ void writePosition(PositionData const &data, MO_ElementModule *module, int frame
         attr->setPositionFor(key, data);
 }
 
+// The selected shifted elements, and the command manager of the first one's scene; null when there
+// is none or no such element.
+CO_CommandManager *selectedShiftedModules(std::vector<MO_ElementModule *> &modules)
+{
+    ShiftAndTraceToolUtils::selectedShiftedElementModules(modules);
+    SC_SceneCommon *scene = modules.empty() ? nullptr : sceneOf(modules.front());
+    return scene ? scene->commandManager() : nullptr;
+}
+
 // Marks the modules' shifts changed, each once, and has the views and the panel refreshed.
 void dirtyAndRefresh(std::vector<MO_ElementModule *> const &modules)
 {
@@ -412,11 +421,7 @@ void ShiftAndTraceToolPanel::valueChanged()
 void ShiftAndTraceToolPanel::onClearAllShiftsImpl()
 {
     std::vector<MO_ElementModule *> modules;
-    ShiftAndTraceToolUtils::selectedShiftedElementModules(modules);
-    if (modules.empty())
-        return;
-    SC_SceneCommon *scene = sceneOf(modules.front());
-    CO_CommandManager *manager = scene ? scene->commandManager() : nullptr;
+    CO_CommandManager *manager = selectedShiftedModules(modules);
     if (!manager)
         return;
     CO_CommandAccumScope step(manager, translated("Clear all Shift and Trace Positions"));
@@ -433,11 +438,7 @@ void ShiftAndTraceToolPanel::onClearCurrentShiftImpl()
     if (!frames)
         return;
     std::vector<MO_ElementModule *> modules;
-    ShiftAndTraceToolUtils::selectedShiftedElementModules(modules);
-    if (modules.empty())
-        return;
-    SC_SceneCommon *scene = sceneOf(modules.front());
-    CO_CommandManager *manager = scene ? scene->commandManager() : nullptr;
+    CO_CommandManager *manager = selectedShiftedModules(modules);
     if (!manager)
         return;
     CO_CommandAccumScope step(manager, translated("Clear Shift and Trace Positions"));

@@ -40,18 +40,6 @@ char const *const kSwitchedControls[] = {"showManipulator", "showPegs", "showOut
 char const *const kButtons[] = {"enableShiftAndTrace", "clearAllShifts", "clearCurrentShift", "showManipulator",
                                 "showPegs", "showOutline", "showCrossHair", "addCrossHair", "removeCrossHair"};
 
-PositionData shift(double rotation, double pivotX, double pivotY, double scaleX, double scaleY, double x, double y)
-{
-    PositionData d;
-    d.rotation = rotation;
-    d.pivotX = pivotX;
-    d.pivotY = pivotY;
-    d.scaleX = scaleX;
-    d.scaleY = scaleY;
-    d.positionX = x;
-    d.positionY = y;
-    return d;
-}
 
 class ShiftAndTraceToolPanelTest : public ::testing::Test {
 protected:
@@ -141,9 +129,9 @@ protected:
     QString caption() const { return widget<QLabel>("selectedNames")->text(); }
     PositionData shown() const
     {
-        return shift(editor("rotation")->value(), editor("pivot_x")->value(), editor("pivot_y")->value(),
-                     editor("scale_x")->value(), editor("scale_x")->value(), editor("position_x")->value(),
-                     editor("position_y")->value());
+        return PositionData{editor("rotation")->value(),   editor("pivot_x")->value(), editor("pivot_y")->value(),
+                            editor("scale_x")->value(),    editor("scale_x")->value(), editor("position_x")->value(),
+                            editor("position_y")->value()};
     }
     void refresh() { panel->updateStatus(); }
     int steps() const { return session->commandManager()->undoCount(); }
@@ -273,16 +261,16 @@ TEST_F(ShiftAndTraceToolPanelTest, TheCaptionNamesTheSelectedDrawingAndTheEditor
         EXPECT_FALSE(enabled(name)) << name;
 
     // A non-uniform scale shows its x factor.
-    store(ball, "5", shift(30, 1, 2, 1.5, 0.5, -3, 4));
+    store(ball, "5", PositionData{30, 1, 2, 1.5, 0.5, -3, 4});
     select({ball});
     EXPECT_EQ(caption(), QStringLiteral("Ball:5"));
-    EXPECT_EQ(shown(), shift(30, 1, 2, 1.5, 1.5, -3, 4));
+    EXPECT_EQ(shown(), (PositionData{30, 1, 2, 1.5, 1.5, -3, 4}));
 
-    store(ball, "1", shift(-10, 0, 0, 2, 2, 5, 6));
+    store(ball, "1", PositionData{-10, 0, 0, 2, 2, 5, 6});
     ASSERT_NO_FATAL_FAILURE(pickBallKeyDrawings());
     refresh();
     EXPECT_EQ(caption(), QStringLiteral("Multiple Selection"));
-    EXPECT_EQ(shown(), shift(-10, 0, 0, 2, 2, 5, 6));  // drawing "1", first in the selection
+    EXPECT_EQ(shown(), (PositionData{-10, 0, 0, 2, 2, 5, 6}));  // drawing "1", first in the selection
 }
 
 TEST_F(ShiftAndTraceToolPanelTest, TheClearButtonsAreEnabledByAnySelectedElementShiftedOrNot)
@@ -301,14 +289,14 @@ TEST_F(ShiftAndTraceToolPanelTest, TheClearButtonsAreEnabledByAnySelectedElement
 
 TEST_F(ShiftAndTraceToolPanelTest, ATypedValueRewritesTheWholeShiftOfEverySelectedDrawing)
 {
-    store(ball, "1", shift(-10, 1, 1, 2, 2, 5, 6));
-    store(ball, "9", shift(45, 7, 8, 0.5, 3, -9, -9));
+    store(ball, "1", PositionData{-10, 1, 1, 2, 2, 5, 6});
+    store(ball, "9", PositionData{45, 7, 8, 0.5, 3, -9, -9});
     ASSERT_NO_FATAL_FAILURE(pickBallKeyDrawings());
     refresh();
     int const before = steps();
 
     editor("position_x")->setValue(-2.5);
-    PositionData const typed = shift(-10, 1, 1, 2, 2, -2.5, 6);
+    PositionData const typed = PositionData{-10, 1, 1, 2, 2, -2.5, 6};
     EXPECT_EQ(stored(ball, "1"), typed);
     EXPECT_EQ(stored(ball, "9"), typed);  // all seven values, not only the one edited
     EXPECT_EQ(steps(), before + 1);
@@ -325,14 +313,14 @@ TEST_F(ShiftAndTraceToolPanelTest, WithoutPickedDrawingsATypedValueWritesTheCurr
     ShiftAndTraceSelection::instance().elements().clear();
     ASSERT_EQ(AT_ShiftAndTraceUtil::shiftAndTraceFor(ground), nullptr);
     editor("rotation")->setValue(90);
-    EXPECT_EQ(stored(ball, "5"), shift(90, 0, 0, 1, 1, 0, 0));
-    EXPECT_EQ(stored(ground, "1"), shift(90, 0, 0, 1, 1, 0, 0));  // the attribute is made
+    EXPECT_EQ(stored(ball, "5"), (PositionData{90, 0, 0, 1, 1, 0, 0}));
+    EXPECT_EQ(stored(ground, "1"), (PositionData{90, 0, 0, 1, 1, 0, 0}));  // the attribute is made
     EXPECT_EQ(stored(ball, "1"), PositionData());
 }
 
 TEST_F(ShiftAndTraceToolPanelTest, ARefreshNeverWritesAShift)
 {
-    store(ball, "5", shift(30, 1, 2, 1.5, 0.5, -3, 4));
+    store(ball, "5", PositionData{30, 1, 2, 1.5, 0.5, -3, 4});
     int const before = steps();
     // The editors go from the defaults to the shift and back, by selection and by frame.
     select({ball});
@@ -346,15 +334,15 @@ TEST_F(ShiftAndTraceToolPanelTest, ARefreshNeverWritesAShift)
     AT_ShiftAndTraceUtil::setShiftAndTraceEnabled(true);
     ShiftAndTraceTool::responder()->emitOnShiftChange();
     EXPECT_EQ(steps(), before);
-    EXPECT_EQ(stored(ball, "5"), shift(30, 1, 2, 1.5, 0.5, -3, 4));  // the y scale the editors cannot show
+    EXPECT_EQ(stored(ball, "5"), (PositionData{30, 1, 2, 1.5, 0.5, -3, 4}));  // the y scale the editors cannot show
     EXPECT_EQ(AT_ShiftAndTraceUtil::shiftAndTraceFor(ground), nullptr);
 }
 
 TEST_F(ShiftAndTraceToolPanelTest, ClearCurrentForgetsTheSelectedDrawingsAndClearAllRemovesTheAttribute)
 {
-    store(ball, "1", shift(10, 0, 0, 1, 1, 1, 1));
-    store(ball, "5", shift(20, 0, 0, 1, 1, 2, 2));
-    store(ball, "9", shift(30, 0, 0, 1, 1, 3, 3));
+    store(ball, "1", PositionData{10, 0, 0, 1, 1, 1, 1});
+    store(ball, "5", PositionData{20, 0, 0, 1, 1, 2, 2});
+    store(ball, "9", PositionData{30, 0, 0, 1, 1, 3, 3});
     ASSERT_NO_FATAL_FAILURE(pickBallKeyDrawings());
     refresh();
 
@@ -364,7 +352,7 @@ TEST_F(ShiftAndTraceToolPanelTest, ClearCurrentForgetsTheSelectedDrawingsAndClea
     ASSERT_TRUE(attr);
     EXPECT_FALSE(attr->hasPositionFor(key(ball, "1")));
     EXPECT_FALSE(attr->hasPositionFor(key(ball, "9")));
-    EXPECT_EQ(stored(ball, "5"), shift(20, 0, 0, 1, 1, 2, 2));
+    EXPECT_EQ(stored(ball, "5"), (PositionData{20, 0, 0, 1, 1, 2, 2}));
 
     // The picked drawings are still the current ones, though they have no shift left.
     int const before = steps();
@@ -382,12 +370,12 @@ TEST_F(ShiftAndTraceToolPanelTest, ClearCurrentForgetsTheSelectedDrawingsAndClea
     EXPECT_EQ(session->commandManager()->undoName(), QStringLiteral("Clear all Shift and Trace Positions"));
     EXPECT_EQ(AT_ShiftAndTraceUtil::shiftAndTraceFor(ball), nullptr);
     ASSERT_TRUE(session->commandManager()->undo());
-    EXPECT_EQ(stored(ball, "5"), shift(20, 0, 0, 1, 1, 2, 2));
+    EXPECT_EQ(stored(ball, "5"), (PositionData{20, 0, 0, 1, 1, 2, 2}));
 }
 
 TEST_F(ShiftAndTraceToolPanelTest, SwitchingShiftAndTraceMarksEveryShiftedElementChanged)
 {
-    store(ball, "1", shift(10, 0, 0, 1, 1, 1, 1));
+    store(ball, "1", PositionData{10, 0, 0, 1, 1, 1, 1});
     unsigned long const ballBefore = ball->dirtyCount();
     unsigned long const groundBefore = ground->dirtyCount();
     AT_ShiftAndTraceUtil::setShiftAndTraceEnabled(false);
