@@ -1,9 +1,10 @@
 // Draws the icons of the plug-in into its resource folder, each a light rounded face of 16 by 16
 // in the middle of 22 by 22 (the margin stays transparent, as on the constellation's buttons,
 // whose icons the panel shares) with a dark symbol: the IK tool panel's as PNG files in icons/,
-// the IK tool's tool bar and menu icon as IKTool.png, the Shift and Trace tool's as
-// ShiftAndTrace/shiftandtracetool.svg, and the Shift and Trace panel's as SVG files in
-// icons/ShiftAndTrace/. Run it after changing a symbol:
+// the IK tool's tool bar and menu icon as IKTool.png, and the Shift and Trace tool's as
+// ShiftAndTrace/shiftandtracetool.svg, with the icons of its actions beside it; its panel's
+// buttons, the same symbols and the two resets, in icons/ShiftAndTrace/. Run it after changing a
+// symbol:
 //   cmake --build --preset default --target PanelIcons && build/default/bin/PanelIcons resources
 #include <QDir>
 #include <QGuiApplication>
@@ -15,6 +16,7 @@
 #include <cmath>
 #include <cstdio>
 #include <functional>
+#include <string>
 #include <vector>
 
 namespace {
@@ -248,9 +250,77 @@ void shiftAndTraceSymbol(QPainter &p)
     p.drawPath(over);
 }
 
-// The Shift and Trace panel's buttons, as SVG files in icons/ShiftAndTrace/.
+// The Shift and Trace tool's actions, for its tool bar and menus: written as
+// ShiftAndTrace/<name>.svg.
+void peg(QPainter &p, QPointF const &centre, bool round)
+{
+    p.setPen(pen(kInk, 1.0));
+    p.setBrush(QColor(255, 140, 40));
+    if (round)
+        p.drawEllipse(centre, 1.8, 1.8);
+    else
+        p.drawRect(QRectF(centre.x() - 1.3, centre.y() - 1.3, 2.6, 2.6));
+}
 
-QColor const kOutline(255, 120, 0);  // the host's colour of outlines, pegs and cross-hairs
+void crossHair(QPainter &p, QPointF const &c, QColor const &colour)
+{
+    p.setPen(pen(colour, 1.1));
+    p.setBrush(Qt::NoBrush);
+    p.drawLine(QPointF(c.x() - 4, c.y()), QPointF(c.x() + 4, c.y()));
+    p.drawLine(QPointF(c.x(), c.y() - 4), QPointF(c.x(), c.y() + 4));
+    p.drawEllipse(c, 2.0, 2.0);
+}
+
+std::vector<std::pair<char const *, Symbol>> shiftAndTraceActionSymbols()
+{
+    return {
+        {"enableshiftandtrace", [](QPainter &p) {
+             shiftAndTraceSymbol(p);
+             p.setPen(pen(kGreen, 1.6));
+             p.drawPolyline(QPolygonF({QPointF(5, 15.5), QPointF(6.5, 17), QPointF(9, 13.5)}));
+         }},
+        {"showpegs", [](QPainter &p) {
+             p.setPen(pen(kInk, 1.0));
+             p.drawLine(QPointF(5.5, 11), QPointF(16.5, 11));
+             peg(p, QPointF(6.5, 11), false);
+             peg(p, QPointF(11, 11), true);
+             peg(p, QPointF(15.5, 11), false);
+         }},
+        {"showmanipulator", [](QPainter &p) {
+             p.setPen(pen(QColor(255, 120, 0), 1.0));
+             p.setBrush(Qt::NoBrush);
+             p.drawRect(QRectF(6.5, 6.5, 8, 8));
+             p.setPen(pen(QColor(0, 0, 255), 2.4));
+             for (QPointF const &c : {QPointF(6.5, 6.5), QPointF(14.5, 6.5), QPointF(6.5, 14.5), QPointF(14.5, 14.5)})
+                 p.drawPoint(c);
+             p.drawPoint(QPointF(10.5, 10.5));
+             p.setPen(pen(QColor(255, 120, 0), 1.0));
+             p.drawLine(QPointF(14.5, 10.5), QPointF(17, 10.5));
+         }},
+        {"showoutline", [](QPainter &p) {
+             p.setPen(pen(QColor(255, 120, 0), 1.3));
+             p.setBrush(Qt::NoBrush);
+             p.drawEllipse(QPointF(11, 11), 5, 4);
+             p.drawLine(QPointF(7.5, 12.5), QPointF(14.5, 9.5));
+         }},
+        {"showcrosshair", [](QPainter &p) { crossHair(p, QPointF(11, 11), QColor(255, 120, 0)); }},
+        {"addcrosshair", [](QPainter &p) {
+             crossHair(p, QPointF(10, 12), QColor(255, 120, 0));
+             p.setPen(pen(kGreen, 1.5));
+             p.drawLine(QPointF(15.5, 5), QPointF(15.5, 9));
+             p.drawLine(QPointF(13.5, 7), QPointF(17.5, 7));
+         }},
+        {"removecrosshair", [](QPainter &p) {
+             crossHair(p, QPointF(10, 12), QColor(255, 120, 0));
+             p.setPen(pen(kRed, 1.5));
+             p.drawLine(QPointF(13.8, 5.3), QPointF(17.2, 8.7));
+             p.drawLine(QPointF(17.2, 5.3), QPointF(13.8, 8.7));
+         }},
+    };
+}
+
+// The Shift and Trace panel's two reset buttons. The panel's other buttons share the symbols of
+// the actions they stand for.
 
 // A sheet of paper with a drawing on it, at `at` (top left), 8 by 8.
 void sheet(QPainter &p, QPointF const &at, QColor const &stroke)
@@ -265,26 +335,6 @@ void sheet(QPainter &p, QPointF const &at, QColor const &stroke)
     p.drawPath(path);
 }
 
-void pegBar(QPainter &p, double y)
-{
-    p.setPen(pen(kOutline, 1.4));
-    p.drawLine(QPointF(6, y), QPointF(16, y));
-    p.setPen(Qt::NoPen);
-    p.setBrush(kOutline);
-    p.drawEllipse(QPointF(11, y), 2.0, 2.0);
-    p.drawRect(QRectF(5, y - 1.4, 2.8, 2.8));
-    p.drawRect(QRectF(14.2, y - 1.4, 2.8, 2.8));
-}
-
-void crossHair(QPainter &p, QPointF const &at, double r)
-{
-    p.setPen(pen(kOutline, 1.2));
-    p.setBrush(Qt::NoBrush);
-    p.drawLine(at + QPointF(-r, 0), at + QPointF(r, 0));
-    p.drawLine(at + QPointF(0, -r), at + QPointF(0, r));
-    p.drawEllipse(at, r * 0.45, r * 0.45);
-}
-
 // A small circular arrow at the bottom right: back to where it was.
 void backArrow(QPainter &p)
 {
@@ -294,10 +344,9 @@ void backArrow(QPainter &p)
     arrowHead(p, QPointF(15.4, 11.0), 0.3, kRed);
 }
 
-std::vector<std::pair<char const *, Symbol>> shiftAndTraceSymbols()
+std::vector<std::pair<char const *, Symbol>> shiftAndTracePanelSymbols()
 {
-    return {
-        {"shiftandtrace", [](QPainter &p) { shiftAndTraceSymbol(p); }},
+    std::vector<std::pair<char const *, Symbol>> panel = {
         // Every sheet back in its place: two sheets, a circular arrow.
         {"clearallshifts", [](QPainter &p) {
              sheet(p, QPointF(5, 5), QColor(60, 110, 200));
@@ -309,46 +358,10 @@ std::vector<std::pair<char const *, Symbol>> shiftAndTraceSymbols()
              sheet(p, QPointF(5.5, 5.5), kInk);
              backArrow(p);
          }},
-        // The box, corner handles and rotation knob around a drawing.
-        {"showmanipulator", [](QPainter &p) {
-             QColor const handles(244, 104, 60);
-             p.setPen(pen(handles, 1.0));
-             p.setBrush(Qt::NoBrush);
-             p.drawRect(QRectF(6.5, 8.5, 9, 8));
-             p.drawLine(QPointF(11, 8.5), QPointF(11, 6));
-             p.setBrush(handles);
-             for (QPointF const &c : {QPointF(6.5, 8.5), QPointF(15.5, 8.5), QPointF(6.5, 16.5), QPointF(15.5, 16.5)})
-                 p.drawRect(QRectF(c - QPointF(1.2, 1.2), QSizeF(2.4, 2.4)));
-             p.drawEllipse(QPointF(11, 5.5), 1.5, 1.5);
-         }},
-        // A sheet on its peg bar.
-        {"showpegs", [](QPainter &p) {
-             p.setPen(pen(QColor(150, 150, 150), 1.0));
-             p.setBrush(Qt::white);
-             p.drawRect(QRectF(5.5, 5.5, 11, 9));
-             pegBar(p, 15.5);
-         }},
-        // A drawing's outline only.
-        {"showoutline", [](QPainter &p) {
-             p.setPen(pen(kOutline, 1.4));
-             p.setBrush(Qt::NoBrush);
-             QPainterPath path(QPointF(6.5, 14.5));
-             path.cubicTo(QPointF(6.5, 5), QPointF(15.5, 5), QPointF(15.5, 14.5));
-             path.closeSubpath();
-             p.drawPath(path);
-         }},
-        {"showcrosshair", [](QPainter &p) { crossHair(p, QPointF(11, 11), 5.0); }},
-        {"addcrosshair", [](QPainter &p) {
-             crossHair(p, QPointF(9.5, 12.5), 4.0);
-             p.setPen(pen(kGreen, 1.8));
-             p.drawLine(QPointF(14.5, 5), QPointF(14.5, 9.5));
-             p.drawLine(QPointF(12.25, 7.25), QPointF(16.75, 7.25));
-         }},
-        {"removecrosshair", [](QPainter &p) {
-             crossHair(p, QPointF(9.5, 12.5), 4.0);
-             cross(p, QPointF(14.5, 7.5), 1.8, kRed);
-         }},
     };
+    for (auto const &[name, symbol] : shiftAndTraceActionSymbols())
+        panel.emplace_back(std::string(name) == "enableshiftandtrace" ? "shiftandtrace" : name, symbol);
+    return panel;
 }
 
 void paintIcon(QPainter &p, Symbol const &symbol)
@@ -371,13 +384,13 @@ bool writePng(QString const &path, Symbol const &symbol)
     return image.save(path, "PNG");
 }
 
-bool writeSvg(QString const &path, Symbol const &symbol, QString const &title)
+bool writeSvg(QString const &path, Symbol const &symbol)
 {
     QSvgGenerator svg;
     svg.setFileName(path);
     svg.setSize(QSize(22, 22));
     svg.setViewBox(QRect(0, 0, 22, 22));
-    svg.setTitle(title);
+    svg.setTitle(QStringLiteral("Shift and Trace"));
     QPainter p;
     if (!p.begin(&svg))
         return false;
@@ -410,12 +423,17 @@ int main(int argc, char **argv)
         return fail(ikTool);
     resources.mkpath(QStringLiteral("ShiftAndTrace"));
     QString const shiftAndTrace = resources.filePath(QStringLiteral("ShiftAndTrace/shiftandtracetool.svg"));
-    if (!writeSvg(shiftAndTrace, shiftAndTraceSymbol, QStringLiteral("Shift and Trace")))
+    if (!writeSvg(shiftAndTrace, shiftAndTraceSymbol))
         return fail(shiftAndTrace);
+    for (auto const &[name, symbol] : shiftAndTraceActionSymbols()) {
+        QString const path = resources.filePath(QStringLiteral("ShiftAndTrace/") + QLatin1String(name) + QStringLiteral(".svg"));
+        if (!writeSvg(path, symbol))
+            return fail(path);
+    }
     resources.mkpath(QStringLiteral("icons/ShiftAndTrace"));
-    for (auto const &[name, symbol] : shiftAndTraceSymbols()) {
+    for (auto const &[name, symbol] : shiftAndTracePanelSymbols()) {
         QString const path = resources.filePath(QStringLiteral("icons/ShiftAndTrace/") + QLatin1String(name) + QStringLiteral(".svg"));
-        if (!writeSvg(path, symbol, QLatin1String(name)))
+        if (!writeSvg(path, symbol))
             return fail(path);
     }
     return 0;
