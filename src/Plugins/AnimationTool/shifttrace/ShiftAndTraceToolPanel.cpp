@@ -52,6 +52,13 @@ SC_SceneCommon *sceneOf(MO_ElementModule const *module)
     return module ? module->sceneCommon() : nullptr;
 }
 
+// Null for a module in no scene, or in a scene without services: the scope is then inert.
+CO_CommandManager *commandManagerOf(MO_ElementModule const *module)
+{
+    SC_SceneCommon *scene = sceneOf(module);
+    return scene ? scene->commandManager() : nullptr;
+}
+
 double currentFrameOf(SC_CurrentFrameInterface const &frames, MO_ElementModule const *module)
 {
     return frames.currentFrame(sceneOf(module));
@@ -87,8 +94,7 @@ void writePosition(PositionData const &data, MO_ElementModule *module, int frame
 CO_CommandManager *selectedShiftedModules(std::vector<MO_ElementModule *> &modules)
 {
     ShiftAndTraceToolUtils::selectedShiftedElementModules(modules);
-    SC_SceneCommon *scene = modules.empty() ? nullptr : sceneOf(modules.front());
-    return scene ? scene->commandManager() : nullptr;
+    return modules.empty() ? nullptr : commandManagerOf(modules.front());
 }
 
 // Marks the modules' shifts changed, each once, and has the views and the panel refreshed.
@@ -400,7 +406,7 @@ void ShiftAndTraceToolPanel::valueChanged()
         ShiftAndTraceToolUtils::selectedElementModules(modules);
         if (modules.empty())
             return;
-        CO_CommandAccumScope step(sceneOf(modules.front())->commandManager(), translated("Shift and Trace"));
+        CO_CommandAccumScope step(commandManagerOf(modules.front()), translated("Shift and Trace"));
         for (MO_ElementModule *module : modules)
             writePosition(data, module, int(currentFrameOf(*frames, module)));
         written = modules;
@@ -410,7 +416,7 @@ void ShiftAndTraceToolPanel::valueChanged()
                 written.push_back(module);
         if (written.empty())
             return;
-        CO_CommandAccumScope step(sceneOf(written.front())->commandManager(), translated("Shift and Trace"));
+        CO_CommandAccumScope step(commandManagerOf(written.front()), translated("Shift and Trace"));
         for (auto const &element : selection.elements())
             if (MO_ElementModule *module = element.module.get())
                 writePosition(data, module, element.frame);
