@@ -145,6 +145,7 @@ struct ShiftAndTraceToolPanel::Impl {
 
     // True while the panel itself sets the editors: their valueChanged must not write a shift.
     bool editsBlocked = false;
+    bool editorsFound = false;  // = the form has the six editors; else the panel stays unconnected
 
     template <class W>
     W *find(char const *name) const
@@ -226,6 +227,8 @@ PositionData ShiftAndTraceToolPanel::Impl::editedData() const
 // The refresh: every widget from the switches, then the caption and the editors from the selection.
 void ShiftAndTraceToolPanel::Impl::update()
 {
+    if (!editorsFound)
+        return;
     setEditors(PositionData());
 
     ShiftAndTraceToolResponder *responder = ShiftAndTraceTool::responder();
@@ -303,13 +306,17 @@ void ShiftAndTraceToolPanel::load_internal()
     Impl &d = *d_;
     d.content = createContentWidget(d.resourceFolder + QStringLiteral("/shiftTraceToolPanel.ui"));
 
-    // Careful: the editors are taken to exist, as the form has them all.
     d.positionX = d.find<UI_DoubleEditor>("position_x");
     d.positionY = d.find<UI_DoubleEditor>("position_y");
     d.pivotX = d.find<UI_DoubleEditor>("pivot_x");
     d.pivotY = d.find<UI_DoubleEditor>("pivot_y");
     d.scaleX = d.find<UI_DoubleEditor>("scale_x");
     d.rotation = d.find<UI_DoubleEditor>("rotation");
+    // Every later step reads the editors: a form without them (or no form at all, when the file
+    // cannot be read) leaves the panel empty and unconnected.
+    d.editorsFound = d.positionX && d.positionY && d.pivotX && d.pivotY && d.scaleX && d.rotation;
+    if (!d.editorsFound)
+        return;
     QWidget::setTabOrder(d.positionX->tabWidget(), d.positionY->tabWidget());
     QWidget::setTabOrder(d.positionY->tabWidget(), d.scaleX->tabWidget());
     QWidget::setTabOrder(d.scaleX->tabWidget(), d.rotation->tabWidget());
@@ -392,7 +399,7 @@ bool ShiftAndTraceToolPanel::hasShiftAndTraceDrawingsSelected()
 void ShiftAndTraceToolPanel::valueChanged()
 {
     Impl &d = *d_;
-    if (d.editsBlocked)
+    if (d.editsBlocked || !d.editorsFound)
         return;
     PositionData const data = d.editedData();
     ShiftAndTraceSelection &selection = ShiftAndTraceSelection::instance();

@@ -13,7 +13,8 @@
 // onShiftChange and the editors follow the pointer.
 //
 // The widgets come from the form "/shiftTraceToolPanel.ui" of the resource folder and are found by
-// object name. A button missing from the form is left unconnected; the six editors must exist.
+// object name. A button missing from the form is left unconnected; a form without the six editors
+// leaves the whole panel empty and unconnected.
 #pragma once
 
 #include "host/HostAPI.h"

@@ -382,3 +382,41 @@ TEST_F(ShiftAndTraceToolPanelTest, SwitchingShiftAndTraceMarksEveryShiftedElemen
     EXPECT_EQ(ball->dirtyCount(), ballBefore + 1);
     EXPECT_EQ(ground->dirtyCount(), groundBefore);  // no shift to draw anew
 }
+
+TEST_F(ShiftAndTraceToolPanelTest, AfterThePolishTheHostMakesThePanelAndTheResetActionsClearAsItsButtonsDo)
+{
+    PLUG_Services::setPluginPath(QStringLiteral("AnimationTool"), QStringLiteral(ANIM_SOURCE_DIR));
+    ShiftAndTraceTool::onPolish();
+    ASSERT_EQ(TP_ToolPropertiesPanelFactory::panelFactoryCount(), 1);
+    TP_ToolPropertiesReceiver dock;  // a dock made after the polish gets the panel too
+    EXPECT_TRUE(dynamic_cast<ShiftAndTraceToolPanel *>(dock.panelForTool(ShiftAndTraceTool::Id)));
+
+    store(ball, "1", PositionData{10, 0, 0, 1, 1, 1, 1});
+    store(ball, "5", PositionData{20, 0, 0, 1, 1, 2, 2});
+    select({ball});
+    ShiftAndTraceTool::responder()->onActionResetCurrentShiftPosition();
+    EXPECT_EQ(session->commandManager()->undoName(), QStringLiteral("Clear Shift and Trace Positions"));
+    EXPECT_EQ(stored(ball, "5"), PositionData());
+    EXPECT_EQ(stored(ball, "1"), (PositionData{10, 0, 0, 1, 1, 1, 1}));
+    ShiftAndTraceTool::responder()->onActionResetAllShiftPositions();
+    EXPECT_EQ(session->commandManager()->undoName(), QStringLiteral("Clear all Shift and Trace Positions"));
+    EXPECT_EQ(AT_ShiftAndTraceUtil::shiftAndTraceFor(ball), nullptr);
+    ShiftAndTraceTool::onUnpolish();
+    TP_ToolPropertiesPanelFactory::clearPanelFactories();
+    PLUG_Services::setPluginPath(QStringLiteral("AnimationTool"), QString());
+}
+
+TEST_F(ShiftAndTraceToolPanelTest, WithoutItsFormThePanelStaysEmptyAndEveryEntryPointIsHarmless)
+{
+    TP_ToolPropertiesReceiver dock;
+    ShiftAndTraceToolPanelFactory(QStringLiteral("/nonexistent")).create(&dock);
+    auto *empty = dynamic_cast<ShiftAndTraceToolPanel *>(dock.panelForTool(ShiftAndTraceTool::Id));
+    ASSERT_TRUE(empty);
+    EXPECT_EQ(empty->contentWidget(), nullptr);
+    select({ball});
+    AT_ShiftAndTraceUtil::setShiftAndTraceEnabled(false);  // refreshes every panel
+    for (auto slot : {&ShiftAndTraceToolPanel::onSelectionChanged, &ShiftAndTraceToolPanel::valueChanged,
+                      &ShiftAndTraceToolPanel::onShowPegsChanged, &ShiftAndTraceToolPanel::onShowCrossHairChanged})
+        (empty->*slot)();
+    EXPECT_EQ(AT_ShiftAndTraceUtil::shiftAndTraceFor(ball), nullptr);
+}
