@@ -128,6 +128,17 @@ void enter(CC_CameraChainTransformCanvasBinder &binder, DragRecord const &record
     binder.setModelMatrix(record.modelMatrix * offset);
 }
 
+// Maps the pointer into the frame of a drag step: the record's matrices with `offset` over its model
+// matrix. False when the drag has no drawing or the point cannot be mapped.
+bool pointerIn(CC_CameraChainTransformCanvasBinder &binder, DragRecord const &record, Math::Matrix4x4 const &offset,
+               Math::Point2d const &view, Math::Point2d &model)
+{
+    if (!record.module)
+        return false;
+    enter(binder, record, offset);
+    return toModel(binder, view, model);
+}
+
 } // namespace
 
 CA_CelKey ShiftAndTraceManipulator::currentCelKey() const
@@ -189,44 +200,37 @@ bool ShiftAndTraceManipulator::onMouseDown(TO_AbstractToolContext *ctx, GR_Stylu
     ShiftAndTraceAttr *attr = AT_ShiftAndTraceUtil::addShiftAndTrace(module);
     OC_Drawing const *drawing = module ? drawingAt(module, d_->frame) : nullptr;
     Math::Point2d const &at = point.position();
+    // The press in the drawing's own frame: under its offset as it is at the press.
+    auto startInDrawingFrame = [&](DragRecord &record, Math::Matrix4x4 &offset, Math::Point2d &lastPoint) {
+        start(record);
+        offset = Math::Matrix4x4();
+        if (attr && drawing)
+            offset = AT_ShiftAndTraceUtil::renderingOffsetMatrixForDrawing(module, drawing->celKey());
+        binder.transformModel(offset);
+        toModel(binder, at, lastPoint);
+    };
     switch (selectedHandleType()) {
     case HandleMove:
         start(d_->moveDrag);
         toModel(binder, at, d_->moveDrag.lastPoint);
         break;
-    case HandlePivot: {
-        PivotDrag &drag = d_->pivotDrag;
-        start(drag);
-        if (attr && drawing)
-            drag.offsetMatrix = AT_ShiftAndTraceUtil::renderingOffsetMatrixForDrawing(module, drawing->celKey());
-        binder.transformModel(drag.offsetMatrix);
-        toModel(binder, at, drag.lastPoint);
+    case HandlePivot:
+        startInDrawingFrame(d_->pivotDrag, d_->pivotDrag.offsetMatrix, d_->pivotDrag.lastPoint);
         break;
-    }
     case HandleRotate: {
         RotateDrag &drag = d_->rotateDrag;
-        start(drag);
+        startInDrawingFrame(drag, drag.offsetMatrix, drag.lastPoint);
         drag.pivot = Math::Point2d(0.0, 0.0);
-        if (attr && drawing) {
-            PositionData const data = attr->positionFor(drawing->celKey());
-            SC_SceneMetrics const &metrics = module->sceneMetrics();
-            drag.pivot = Math::Point2d(data.pivotX * metrics.fieldToOglX(), data.pivotY * metrics.fieldToOglY());
-            drag.offsetMatrix = AT_ShiftAndTraceUtil::renderingOffsetMatrixForDrawing(module, drawing->celKey());
-            binder.transformModel(drag.offsetMatrix);
-            toModel(binder, at, drag.lastPoint);
-        }
+        if (attr && drawing)
+            drag.pivot = ShiftAndTraceToolUtils::pivotOgl(attr->positionFor(drawing->celKey()), module->sceneMetrics());
         break;
     }
     case HandleScale: {
         ScaleDrag &drag = d_->scaleDrag;
         start(drag);
         Math::Point2d c(0.0, 0.0);
-        if (attr && drawing) {
-            PositionData const data = attr->positionFor(drawing->celKey());
-            SC_SceneMetrics const &metrics = module->sceneMetrics();
-            c = Math::Point2d((data.pivotX + data.positionX) * metrics.fieldToOglX(),
-                              (data.pivotY + data.positionY) * metrics.fieldToOglY());
-        }
+        if (attr && drawing)
+            c = ShiftAndTraceToolUtils::shownPivotOgl(attr->positionFor(drawing->celKey()), module->sceneMetrics());
         binder.cameraTransformChain().transform(Chain::ModelFrame, c, Chain::ViewFrame, drag.centre);
         drag.lastPoint = at;
         break;
@@ -288,9 +292,8 @@ bool ShiftAndTraceManipulator::onMouseMove(TO_AbstractToolContext *ctx, std::vec
     switch (selectedHandleType()) {
     case HandleMove: {
         MoveDrag &drag = d_->moveDrag;
-        enter(binder, drag);
         Math::Point2d p;
-        if (!drag.module || !toModel(binder, at, p))
+        if (!pointerIn(binder, drag, Math::Matrix4x4(), at, p))
             break;
         Math::Vector2d const delta = p - drag.lastPoint;
         drag.lastPoint = p;
@@ -302,9 +305,8 @@ bool ShiftAndTraceManipulator::onMouseMove(TO_AbstractToolContext *ctx, std::vec
     }
     case HandleRotate: {
         RotateDrag &drag = d_->rotateDrag;
-        enter(binder, drag, drag.offsetMatrix);
         Math::Point2d p;
-        if (!drag.module || !toModel(binder, at, p))
+        if (!pointerIn(binder, drag, drag.offsetMatrix, at, p))
             break;
         Math::Vector2d const prev = drag.lastPoint - drag.pivot;
         Math::Vector2d const cur = p - drag.pivot;
@@ -337,9 +339,8 @@ bool ShiftAndTraceManipulator::onMouseMove(TO_AbstractToolContext *ctx, std::vec
     }
     case HandlePivot: {
         PivotDrag &drag = d_->pivotDrag;
-        enter(binder, drag, drag.offsetMatrix);
         Math::Point2d p;
-        if (!drag.module || !toModel(binder, at, p))
+        if (!pointerIn(binder, drag, drag.offsetMatrix, at, p))
             break;
         Math::Vector2d const delta = p - drag.lastPoint;
         drag.lastPoint = p;

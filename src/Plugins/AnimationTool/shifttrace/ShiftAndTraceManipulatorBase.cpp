@@ -1,5 +1,7 @@
 #include "shifttrace/ShiftAndTraceManipulatorBase.h"
 
+#include "shifttrace/ShiftAndTracePositionMath.h"
+
 #include "graphic/VU_Painter.h"
 
 #include <cmath>
@@ -85,7 +87,7 @@ void ShiftAndTraceManipulatorBase::drawHandles(TO_AbstractToolContext *ctx, Hand
     painter.setPointShape(1);
     painter.setPointSize(10);
     setPointColour(painter, colourOf(HandlePivot));
-    painter.drawPoint(Math::Point2d(block.pivotPoint.x * metrics.fieldToOglX(), block.pivotPoint.y * metrics.fieldToOglY()));
+    painter.drawPoint(ShiftAndTraceToolUtils::fieldToOgl(block.pivotPoint, metrics));
 
     painter.setPointSize(pickMode ? 10 : 7);
     setPointColour(painter, colourOf(HandleRotate));

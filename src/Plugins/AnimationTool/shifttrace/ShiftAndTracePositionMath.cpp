@@ -77,8 +77,7 @@ bool ShiftAndTraceToolUtils::applyPlaneTransform(PositionData &data, Math::Matri
         return false;
     Math::Vector2d const axis = t.xAxis();
     double const angle = std::atan2(axis.y, axis.x) * 180.0 / kPi;
-    Math::Point2d const c((data.pivotX + data.positionX) * metrics.fieldToOglX(),
-                          (data.pivotY + data.positionY) * metrics.fieldToOglY());
+    Math::Point2d const c = shownPivotOgl(data, metrics);
     Math::Vector2d const moved = t * c - c;
     PositionData result = data;
     if (result.scaleX != 0.0 && result.scaleY != 0.0) {

@@ -20,6 +20,21 @@ using PositionData = AT_ShiftAndTraceUtil::PositionData;
 constexpr double kMinScale = 1e-3;
 constexpr double kMaxScale = 1e3;
 
+// A point in field units, in OGL units.
+inline Math::Point2d fieldToOgl(Math::Point2d const &field, SC_SceneMetrics const &metrics)
+{
+    return {field.x * metrics.fieldToOglX(), field.y * metrics.fieldToOglY()};
+}
+// The pivot, and the point where the shift shows it (pivot + position), in OGL units.
+inline Math::Point2d pivotOgl(PositionData const &data, SC_SceneMetrics const &metrics)
+{
+    return fieldToOgl({data.pivotX, data.pivotY}, metrics);
+}
+inline Math::Point2d shownPivotOgl(PositionData const &data, SC_SceneMetrics const &metrics)
+{
+    return fieldToOgl({data.pivotX + data.positionX, data.pivotY + data.positionY}, metrics);
+}
+
 // The angle in degrees that turns direction `prev` onto direction `cur`, in (-180, 180]. False (and
 // `degrees` untouched) when either vector has length exactly 0.
 bool rotationStepDegrees(Math::Vector2d prev, Math::Vector2d cur, double &degrees);

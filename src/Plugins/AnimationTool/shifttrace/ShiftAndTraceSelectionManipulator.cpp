@@ -42,6 +42,18 @@ Element const *elementWithHandle()
     return nullptr;
 }
 
+// Hands a gesture to the first element whose manipulator has a handle, or else to every element.
+template <class Gesture>
+void forwardToElements(Gesture gesture)
+{
+    if (Element const *e = elementWithHandle()) {
+        gesture(e->manipulator());
+        return;
+    }
+    for (Element const &e : selected())
+        gesture(e.manipulator());
+}
+
 SC_SceneMetrics metricsOf(Element const &e)
 {
     MO_ElementModule *module = e.module.get();
@@ -159,14 +171,8 @@ bool ShiftAndTraceSelectionManipulator::onMouseDown(TO_AbstractToolContext *ctx,
         QCoreApplication::translate("ShiftAndTraceSelectionManipulator", "Move Shift and Trace"));
 
     d_->startGroupDrag(ctx, point.position(), selectedHandleType());
-    if (d_->groupDrag.active)
-        return true;
-    if (Element const *e = elementWithHandle()) {
-        e->manipulator().onMouseDown(ctx, point);
-        return true;
-    }
-    for (Element const &e : selected())
-        e.manipulator().onMouseDown(ctx, point);
+    if (!d_->groupDrag.active)
+        forwardToElements([&](ShiftAndTraceManipulator &m) { m.onMouseDown(ctx, point); });
     return true;
 }
 
@@ -176,7 +182,7 @@ void ShiftAndTraceSelectionManipulator::Impl::groupStep(TO_AbstractToolContext *
     if (!toWorld(ctx, view, p))
         return;
     SC_SceneMetrics const metrics = metricsOf(*selected().begin());
-    Math::Point2d const pivot(block.pivotPoint.x * metrics.fieldToOglX(), block.pivotPoint.y * metrics.fieldToOglY());
+    Math::Point2d const pivot = ShiftAndTraceToolUtils::fieldToOgl(block.pivotPoint, metrics);
     Math::Matrix4x4 m;
     switch (groupDrag.handleType) {
     case HandlePivot: {
@@ -229,12 +235,10 @@ bool ShiftAndTraceSelectionManipulator::onMouseMove(TO_AbstractToolContext *ctx,
         d_->groupStep(ctx, at);
         return true;
     }
-    if (Element const *e = elementWithHandle()) {
-        e->manipulator().onMouseMove(ctx, points);
+    bool const onAHandle = elementWithHandle() != nullptr;
+    forwardToElements([&](ShiftAndTraceManipulator &m) { m.onMouseMove(ctx, points); });
+    if (onAHandle)
         return true;
-    }
-    for (Element const &e : selected())
-        e.manipulator().onMouseMove(ctx, points);
     Math::Point2d p;
     if (d_->groupPivotValid && !selected().empty() && toWorld(ctx, at, p)) {
         // The group pivot travels with the drawings.
@@ -261,11 +265,8 @@ bool ShiftAndTraceSelectionManipulator::onMouseUp(TO_AbstractToolContext *ctx, G
         for (Element const &e : selected())
             if (auto *attr = AT_ShiftAndTraceUtil::addShiftAndTrace(e.module.get()))
                 attr->makeDirty();
-    } else if (Element const *e = elementWithHandle()) {
-        e->manipulator().onMouseUp(ctx, point);
     } else {
-        for (Element const &e : selected())
-            e.manipulator().onMouseUp(ctx, point);
+        forwardToElements([&](ShiftAndTraceManipulator &m) { m.onMouseUp(ctx, point); });
     }
     d_->accumScope.reset();  // closes the undo step
     return true;

@@ -17,26 +17,7 @@ constexpr double kTol = 1e-9;
 
 PositionData shift(double r, double px, double py, double sx, double sy, double qx, double qy)
 {
-    PositionData d;
-    d.rotation = r;
-    d.pivotX = px;
-    d.pivotY = py;
-    d.scaleX = sx;
-    d.scaleY = sy;
-    d.positionX = qx;
-    d.positionY = qy;
-    return d;
-}
-
-void expectShift(PositionData const &actual, PositionData const &expected)
-{
-    EXPECT_NEAR(actual.rotation, expected.rotation, kTol);
-    EXPECT_NEAR(actual.pivotX, expected.pivotX, kTol);
-    EXPECT_NEAR(actual.pivotY, expected.pivotY, kTol);
-    EXPECT_NEAR(actual.scaleX, expected.scaleX, kTol);
-    EXPECT_NEAR(actual.scaleY, expected.scaleY, kTol);
-    EXPECT_NEAR(actual.positionX, expected.positionX, kTol);
-    EXPECT_NEAR(actual.positionY, expected.positionY, kTol);
+    return shiftOf(r, px, py, sx, sy, qx, qy);
 }
 
 class Manipulator : public ShiftAndTraceScene {

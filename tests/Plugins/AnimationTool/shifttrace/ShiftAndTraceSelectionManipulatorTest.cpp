@@ -14,26 +14,10 @@ using Handle = ShiftAndTraceManipulatorBase::HandleType_t;
 using Element = ShiftAndTraceSelection::SelectionElement;
 constexpr double kTol = 1e-9;
 
+// A shift with the pivot at the origin.
 PositionData shift(double r, double sx, double sy, double qx, double qy)
 {
-    PositionData d;
-    d.rotation = r;
-    d.scaleX = sx;
-    d.scaleY = sy;
-    d.positionX = qx;
-    d.positionY = qy;
-    return d;
-}
-
-void expectShift(PositionData const &actual, PositionData const &expected, double tol = kTol)
-{
-    EXPECT_NEAR(actual.rotation, expected.rotation, tol);
-    EXPECT_NEAR(actual.pivotX, expected.pivotX, tol);
-    EXPECT_NEAR(actual.pivotY, expected.pivotY, tol);
-    EXPECT_NEAR(actual.scaleX, expected.scaleX, tol);
-    EXPECT_NEAR(actual.scaleY, expected.scaleY, tol);
-    EXPECT_NEAR(actual.positionX, expected.positionX, tol);
-    EXPECT_NEAR(actual.positionY, expected.positionY, tol);
+    return shiftOf(r, 0, 0, sx, sy, qx, qy);
 }
 
 GR_StylusPoint at(double x, double y)

@@ -14,6 +14,33 @@
 #include <functional>
 #include <memory>
 
+// A shift from its seven values, in their stored order.
+inline AT_ShiftAndTraceUtil::PositionData shiftOf(double rotation, double pivotX, double pivotY, double scaleX,
+                                                  double scaleY, double positionX, double positionY)
+{
+    AT_ShiftAndTraceUtil::PositionData d;
+    d.rotation = rotation;
+    d.pivotX = pivotX;
+    d.pivotY = pivotY;
+    d.scaleX = scaleX;
+    d.scaleY = scaleY;
+    d.positionX = positionX;
+    d.positionY = positionY;
+    return d;
+}
+
+inline void expectShift(AT_ShiftAndTraceUtil::PositionData const &actual,
+                        AT_ShiftAndTraceUtil::PositionData const &expected, double tolerance = 1e-9)
+{
+    EXPECT_NEAR(actual.rotation, expected.rotation, tolerance);
+    EXPECT_NEAR(actual.pivotX, expected.pivotX, tolerance);
+    EXPECT_NEAR(actual.pivotY, expected.pivotY, tolerance);
+    EXPECT_NEAR(actual.scaleX, expected.scaleX, tolerance);
+    EXPECT_NEAR(actual.scaleY, expected.scaleY, tolerance);
+    EXPECT_NEAR(actual.positionX, expected.positionX, tolerance);
+    EXPECT_NEAR(actual.positionY, expected.positionY, tolerance);
+}
+
 // A view for the manipulators and the tool: 401 by 301 pixels, 120 pixels per OGL unit, camera at
 // the origin, so that the view pixel (200 + 120 x, 150 - 120 y) shows the scene point (x, y).
 // Modifiers, frame and view kind are set by the test; picks find nothing.
