@@ -227,7 +227,9 @@ PositionData ShiftAndTraceToolPanel::Impl::editedData() const
 // The refresh: every widget from the switches, then the caption and the editors from the selection.
 void ShiftAndTraceToolPanel::Impl::update()
 {
-    if (!editorsFound)
+    // Careful: the receiver's widget tree owns the editors and may go first; contentWidget() reads
+    // null from then on.
+    if (!editorsFound || !panel->contentWidget())
         return;
     setEditors(PositionData());
 
@@ -399,7 +401,7 @@ bool ShiftAndTraceToolPanel::hasShiftAndTraceDrawingsSelected()
 void ShiftAndTraceToolPanel::valueChanged()
 {
     Impl &d = *d_;
-    if (d.editsBlocked || !d.editorsFound)
+    if (d.editsBlocked || !d.editorsFound || !contentWidget())
         return;
     PositionData const data = d.editedData();
     ShiftAndTraceSelection &selection = ShiftAndTraceSelection::instance();
