@@ -113,6 +113,10 @@ TEST_F(Manipulator, EveryStepButThePegsTellsTheResponder)
                      [&changes] { ++changes; });
     drag(Handle::HandleMove, {{0, 0}, {0.1, 0}, {0.2, 0}});
     EXPECT_EQ(changes, 3);  // two moves and the release
+    // A quarter turn about the centre peg, moved to (0.2, -0.625) by the drag above.
+    drag(Handle::HandlePeg, {{0.7, -0.625}, {0.2, -0.125}});
+    EXPECT_EQ(changes, 3);
+    EXPECT_NEAR(stored().rotation, 90.0, kTol);
     QObject::disconnect(ShiftAndTraceTool::responder(), &ShiftAndTraceToolResponder::onShiftChange, nullptr, nullptr);
 }
 
