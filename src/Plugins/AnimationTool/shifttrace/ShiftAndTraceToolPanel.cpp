@@ -157,6 +157,7 @@ struct ShiftAndTraceToolPanel::Impl {
     template <class Signal>
     void connectControl(QWidget *widget, Signal signal, void (ShiftAndTraceToolPanel::*slot)());
 
+    void connectWidgets();
     void setEditors(PositionData const &data);
     PositionData editedData() const;
     void update();
@@ -296,6 +297,46 @@ void ShiftAndTraceToolPanel::Impl::showSelection()
     }
 }
 
+// The buttons' and the combo box's gestures, and every signal that refreshes the panel.
+void ShiftAndTraceToolPanel::Impl::connectWidgets()
+{
+    // The display switches, add cross-hair and the peg position go off with Shift and Trace.
+    auto control = [this](QWidget *widget) {
+        if (widget)
+            panelControls.push_back(widget);
+    };
+    connectControl(showCrossHair, &QToolButton::clicked, &ShiftAndTraceToolPanel::onShowCrossHairChanged);
+    control(showCrossHair);
+    connectControl(addCrossHair, &QToolButton::clicked, &ShiftAndTraceToolPanel::onAddCrossHairChanged);
+    control(addCrossHair);
+    connectControl(removeCrossHair, &QToolButton::clicked, &ShiftAndTraceToolPanel::onRemoveCrossHairClicked);
+    connectControl(showManipulator, &QToolButton::clicked, &ShiftAndTraceToolPanel::onShowManipulatorChanged);
+    control(showManipulator);
+    connectControl(showPegs, &QToolButton::clicked, &ShiftAndTraceToolPanel::onShowPegsChanged);
+    control(showPegs);
+    connectControl(showOutline, &QToolButton::clicked, &ShiftAndTraceToolPanel::onShowOutlineChanged);
+    control(showOutline);
+    if (pegPosition) {
+        connect(pegPosition, QOverload<int>::of(&QComboBox::activated), panel, &ShiftAndTraceToolPanel::onPegPositionChanged);
+        control(pegPosition);
+    }
+    connectControl(clearAllShifts, &QToolButton::clicked, &ShiftAndTraceToolPanel::onClearAllShifts);
+    connectControl(clearCurrentShift, &QToolButton::clicked, &ShiftAndTraceToolPanel::onClearCurrentShift);
+    connectControl(enableShiftAndTrace, &QToolButton::clicked, &ShiftAndTraceToolPanel::onShiftAndTraceEnableCheckboxChanged);
+
+    connect(ShiftAndTraceTool::responder(), &ShiftAndTraceToolResponder::onShiftChange, panel,
+            &ShiftAndTraceToolPanel::onSelectionChanged);
+    connect(AT_ShiftAndTraceUtil::ShiftAndTraceStateManager::instance(),
+            &AT_ShiftAndTraceUtil::ShiftAndTraceStateManager::onShiftAndTraceEnabledChanged, panel,
+            &ShiftAndTraceToolPanel::onShiftAndTraceEnableChanged);
+    if (SC_SessionContext *session = PLUG_Services::getSessionContext())
+        if (TUSceneChangeManager *changes = session->changeManager()) {
+            connect(changes, &TUSceneChangeManager::nodesChanged, panel, &ShiftAndTraceToolPanel::onSelectionChanged);
+            connect(changes, &TUSceneChangeManager::selectionChanged, panel, &ShiftAndTraceToolPanel::onSelectionChanged);
+            connect(changes, &TUSceneChangeManager::currentFrameChanged, panel, &ShiftAndTraceToolPanel::onSelectionChanged);
+        }
+}
+
 ShiftAndTraceToolPanel::ShiftAndTraceToolPanel(TP_ToolPropertiesReceiver *receiver, QString resourceFolder)
     : TP_ToolPropertiesPanel(receiver), d_(std::make_unique<Impl>(this, std::move(resourceFolder)))
 {
@@ -346,41 +387,7 @@ void ShiftAndTraceToolPanel::load_internal()
     d.selectedNames = d.find<QLabel>("selectedNames");
     d.pegPosition = d.find<QComboBox>("pegPosition");
 
-    // The display switches, add cross-hair and the peg position go off with Shift and Trace.
-    auto control = [&d](QWidget *widget) {
-        if (widget)
-            d.panelControls.push_back(widget);
-    };
-    d.connectControl(d.showCrossHair, &QToolButton::clicked, &ShiftAndTraceToolPanel::onShowCrossHairChanged);
-    control(d.showCrossHair);
-    d.connectControl(d.addCrossHair, &QToolButton::clicked, &ShiftAndTraceToolPanel::onAddCrossHairChanged);
-    control(d.addCrossHair);
-    d.connectControl(d.removeCrossHair, &QToolButton::clicked, &ShiftAndTraceToolPanel::onRemoveCrossHairClicked);
-    d.connectControl(d.showManipulator, &QToolButton::clicked, &ShiftAndTraceToolPanel::onShowManipulatorChanged);
-    control(d.showManipulator);
-    d.connectControl(d.showPegs, &QToolButton::clicked, &ShiftAndTraceToolPanel::onShowPegsChanged);
-    control(d.showPegs);
-    d.connectControl(d.showOutline, &QToolButton::clicked, &ShiftAndTraceToolPanel::onShowOutlineChanged);
-    control(d.showOutline);
-    if (d.pegPosition) {
-        connect(d.pegPosition, QOverload<int>::of(&QComboBox::activated), this, &ShiftAndTraceToolPanel::onPegPositionChanged);
-        control(d.pegPosition);
-    }
-    d.connectControl(d.clearAllShifts, &QToolButton::clicked, &ShiftAndTraceToolPanel::onClearAllShifts);
-    d.connectControl(d.clearCurrentShift, &QToolButton::clicked, &ShiftAndTraceToolPanel::onClearCurrentShift);
-    d.connectControl(d.enableShiftAndTrace, &QToolButton::clicked, &ShiftAndTraceToolPanel::onShiftAndTraceEnableCheckboxChanged);
-
-    connect(ShiftAndTraceTool::responder(), &ShiftAndTraceToolResponder::onShiftChange, this,
-            &ShiftAndTraceToolPanel::onSelectionChanged);
-    connect(AT_ShiftAndTraceUtil::ShiftAndTraceStateManager::instance(),
-            &AT_ShiftAndTraceUtil::ShiftAndTraceStateManager::onShiftAndTraceEnabledChanged, this,
-            &ShiftAndTraceToolPanel::onShiftAndTraceEnableChanged);
-    if (SC_SessionContext *session = PLUG_Services::getSessionContext())
-        if (TUSceneChangeManager *changes = session->changeManager()) {
-            connect(changes, &TUSceneChangeManager::nodesChanged, this, &ShiftAndTraceToolPanel::onSelectionChanged);
-            connect(changes, &TUSceneChangeManager::selectionChanged, this, &ShiftAndTraceToolPanel::onSelectionChanged);
-            connect(changes, &TUSceneChangeManager::currentFrameChanged, this, &ShiftAndTraceToolPanel::onSelectionChanged);
-        }
+    d.connectWidgets();
 }
 
 void ShiftAndTraceToolPanel::refresh_internal()
