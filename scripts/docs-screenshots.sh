@@ -27,3 +27,27 @@ for shot in inbetween-before inbetween-after inbetween-drawing-view; do
   echo "docs/$shot.png"
 done
 echo docs/tracing-window.png
+
+# Shift and Trace: the window while the drawing of frame 1 is shifted, and the renders of the
+# tool's example before and after its shifts.
+xvfb-run -a -s "-screen 0 1280x800x24" "$app" --prefs "$prefs/prefs.xml" --output "$prefs" \
+  --run docs/screenshots/shift-and-trace.txt --screenshot docs/shift-and-trace-window.png
+echo docs/shift-and-trace-window.png
+"$app" --batch examples/scripts/inbetween-shift-and-trace.txt --output "$prefs" --prefs "$prefs/prefs.xml"
+for shot in shift-and-trace-before shift-and-trace-after; do
+  cp "$prefs/$shot.png" "docs/$shot.png"
+  echo "docs/$shot.png"
+done
+
+# The Shift and Trace panel with one and with two drawings selected, and the renders of the
+# in-between traced over shifted onion drawings.
+for n in one two; do
+  xvfb-run -a -s "-screen 0 1280x800x24" "$app" --prefs "$prefs/prefs.xml" \
+    --run "docs/screenshots/shift-trace-panel-$n.txt" --screenshot "docs/shift-trace-panel-$n.png" examples/scenes/inbetween.xml
+  echo "docs/shift-trace-panel-$n.png"
+done
+"$app" --batch examples/scripts/inbetween-trace.txt --output "$prefs" --prefs "$prefs/prefs.xml"
+for shot in inbetween-trace-shifted inbetween-trace-traced; do
+  cp "$prefs/$shot.png" "docs/$shot.png"
+  echo "docs/$shot.png"
+done

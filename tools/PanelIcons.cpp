@@ -2,7 +2,9 @@
 // in the middle of 22 by 22 (the margin stays transparent, as on the constellation's buttons,
 // whose icons the panel shares) with a dark symbol: the IK tool panel's as PNG files in icons/,
 // the IK tool's tool bar and menu icon as IKTool.png, and the Shift and Trace tool's as
-// ShiftAndTrace/shiftandtracetool.svg. Run it after changing a symbol:
+// ShiftAndTrace/shiftandtracetool.svg, with the icons of its actions beside it; its panel's
+// buttons, the same symbols and the two resets, in icons/ShiftAndTrace/. Run it after changing a
+// symbol:
 //   cmake --build --preset default --target PanelIcons && build/default/bin/PanelIcons resources
 #include <QDir>
 #include <QGuiApplication>
@@ -14,6 +16,7 @@
 #include <cmath>
 #include <cstdio>
 #include <functional>
+#include <string>
 #include <vector>
 
 namespace {
@@ -247,6 +250,120 @@ void shiftAndTraceSymbol(QPainter &p)
     p.drawPath(over);
 }
 
+// The Shift and Trace tool's actions, for its tool bar and menus: written as
+// ShiftAndTrace/<name>.svg.
+void peg(QPainter &p, QPointF const &centre, bool round)
+{
+    p.setPen(pen(kInk, 1.0));
+    p.setBrush(QColor(255, 140, 40));
+    if (round)
+        p.drawEllipse(centre, 1.8, 1.8);
+    else
+        p.drawRect(QRectF(centre.x() - 1.3, centre.y() - 1.3, 2.6, 2.6));
+}
+
+void crossHair(QPainter &p, QPointF const &c, QColor const &colour)
+{
+    p.setPen(pen(colour, 1.1));
+    p.setBrush(Qt::NoBrush);
+    p.drawLine(QPointF(c.x() - 4, c.y()), QPointF(c.x() + 4, c.y()));
+    p.drawLine(QPointF(c.x(), c.y() - 4), QPointF(c.x(), c.y() + 4));
+    p.drawEllipse(c, 2.0, 2.0);
+}
+
+std::vector<std::pair<char const *, Symbol>> shiftAndTraceActionSymbols()
+{
+    return {
+        {"enableshiftandtrace", [](QPainter &p) {
+             shiftAndTraceSymbol(p);
+             p.setPen(pen(kGreen, 1.6));
+             p.drawPolyline(QPolygonF({QPointF(5, 15.5), QPointF(6.5, 17), QPointF(9, 13.5)}));
+         }},
+        {"showpegs", [](QPainter &p) {
+             p.setPen(pen(kInk, 1.0));
+             p.drawLine(QPointF(5.5, 11), QPointF(16.5, 11));
+             peg(p, QPointF(6.5, 11), false);
+             peg(p, QPointF(11, 11), true);
+             peg(p, QPointF(15.5, 11), false);
+         }},
+        {"showmanipulator", [](QPainter &p) {
+             p.setPen(pen(QColor(255, 120, 0), 1.0));
+             p.setBrush(Qt::NoBrush);
+             p.drawRect(QRectF(6.5, 6.5, 8, 8));
+             p.setPen(pen(QColor(0, 0, 255), 2.4));
+             for (QPointF const &c : {QPointF(6.5, 6.5), QPointF(14.5, 6.5), QPointF(6.5, 14.5), QPointF(14.5, 14.5)})
+                 p.drawPoint(c);
+             p.drawPoint(QPointF(10.5, 10.5));
+             p.setPen(pen(QColor(255, 120, 0), 1.0));
+             p.drawLine(QPointF(14.5, 10.5), QPointF(17, 10.5));
+         }},
+        {"showoutline", [](QPainter &p) {
+             p.setPen(pen(QColor(255, 120, 0), 1.3));
+             p.setBrush(Qt::NoBrush);
+             p.drawEllipse(QPointF(11, 11), 5, 4);
+             p.drawLine(QPointF(7.5, 12.5), QPointF(14.5, 9.5));
+         }},
+        {"showcrosshair", [](QPainter &p) { crossHair(p, QPointF(11, 11), QColor(255, 120, 0)); }},
+        {"addcrosshair", [](QPainter &p) {
+             crossHair(p, QPointF(10, 12), QColor(255, 120, 0));
+             p.setPen(pen(kGreen, 1.5));
+             p.drawLine(QPointF(15.5, 5), QPointF(15.5, 9));
+             p.drawLine(QPointF(13.5, 7), QPointF(17.5, 7));
+         }},
+        {"removecrosshair", [](QPainter &p) {
+             crossHair(p, QPointF(10, 12), QColor(255, 120, 0));
+             p.setPen(pen(kRed, 1.5));
+             p.drawLine(QPointF(13.8, 5.3), QPointF(17.2, 8.7));
+             p.drawLine(QPointF(17.2, 5.3), QPointF(13.8, 8.7));
+         }},
+    };
+}
+
+// The Shift and Trace panel's two reset buttons. The panel's other buttons share the symbols of
+// the actions they stand for.
+
+// A sheet of paper with a drawing on it, at `at` (top left), 8 by 8.
+void sheet(QPainter &p, QPointF const &at, QColor const &stroke)
+{
+    p.setPen(pen(QColor(150, 150, 150), 1.0));
+    p.setBrush(Qt::white);
+    p.drawRect(QRectF(at, QSizeF(8, 8)));
+    p.setPen(pen(stroke, 1.2));
+    p.setBrush(Qt::NoBrush);
+    QPainterPath path(at + QPointF(1.5, 6));
+    path.quadTo(at + QPointF(4, 1), at + QPointF(6.5, 6));
+    p.drawPath(path);
+}
+
+// A small circular arrow at the bottom right: back to where it was.
+void backArrow(QPainter &p)
+{
+    p.setPen(pen(kRed, 1.4));
+    p.setBrush(Qt::NoBrush);
+    p.drawArc(QRectF(10.5, 10.5, 6, 6), 60 * 16, 280 * 16);
+    arrowHead(p, QPointF(15.4, 11.0), 0.3, kRed);
+}
+
+std::vector<std::pair<char const *, Symbol>> shiftAndTracePanelSymbols()
+{
+    std::vector<std::pair<char const *, Symbol>> panel = {
+        // Every sheet back in its place: two sheets, a circular arrow.
+        {"clearallshifts", [](QPainter &p) {
+             sheet(p, QPointF(5, 5), QColor(60, 110, 200));
+             sheet(p, QPointF(8.5, 8.5), kInk);
+             backArrow(p);
+         }},
+        // One sheet back in its place.
+        {"clearcurrentshift", [](QPainter &p) {
+             sheet(p, QPointF(5.5, 5.5), kInk);
+             backArrow(p);
+         }},
+    };
+    for (auto const &[name, symbol] : shiftAndTraceActionSymbols())
+        panel.emplace_back(std::string(name) == "enableshiftandtrace" ? "shiftandtrace" : name, symbol);
+    return panel;
+}
+
 void paintIcon(QPainter &p, Symbol const &symbol)
 {
     p.setRenderHint(QPainter::Antialiasing);
@@ -308,5 +425,16 @@ int main(int argc, char **argv)
     QString const shiftAndTrace = resources.filePath(QStringLiteral("ShiftAndTrace/shiftandtracetool.svg"));
     if (!writeSvg(shiftAndTrace, shiftAndTraceSymbol))
         return fail(shiftAndTrace);
+    for (auto const &[name, symbol] : shiftAndTraceActionSymbols()) {
+        QString const path = resources.filePath(QStringLiteral("ShiftAndTrace/") + QLatin1String(name) + QStringLiteral(".svg"));
+        if (!writeSvg(path, symbol))
+            return fail(path);
+    }
+    resources.mkpath(QStringLiteral("icons/ShiftAndTrace"));
+    for (auto const &[name, symbol] : shiftAndTracePanelSymbols()) {
+        QString const path = resources.filePath(QStringLiteral("icons/ShiftAndTrace/") + QLatin1String(name) + QStringLiteral(".svg"));
+        if (!writeSvg(path, symbol))
+            return fail(path);
+    }
     return 0;
 }

@@ -101,6 +101,7 @@ bool actOnWidget(AH_BatchContext &c, QStringList const &a, QString &why)
             int const index = value.toInt();
             if (index >= 0 && index < combo->count()) {
                 combo->setCurrentIndex(index);
+                emit combo->activated(index);  // as a choice in the list does
                 return true;
             }
         } else if (w->metaObject()->indexOfProperty("value") >= 0 && w->setProperty("value", value.toDouble())) {

@@ -310,8 +310,11 @@ ShiftAndTraceStateManager::~ShiftAndTraceStateManager() = default;
 
 ShiftAndTraceStateManager *ShiftAndTraceStateManager::instance()
 {
-    static ShiftAndTraceStateManager manager;
-    return &manager;
+    // Careful: never destroyed. A plug-in's selection or pick generator may be a static made
+    // before the manager's first use, so it goes away after the manager would, and still
+    // unregisters itself here on its way out.
+    static ShiftAndTraceStateManager *const manager = new ShiftAndTraceStateManager;
+    return manager;
 }
 
 bool shiftAndTraceEnabled() { return StateAccess::state().enabled; }

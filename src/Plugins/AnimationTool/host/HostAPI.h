@@ -26,6 +26,7 @@
 #include "scene/DeformerModules.h"
 #include "scene/MO_Context.h"
 #include "scene/MO_Module.h"
+#include "scene/MO_ModuleVisitor.h"
 #include "scene/MO_Node.h"
 #include "scene/PIO_XML.h"
 #include "scene/SC_Frames.h"

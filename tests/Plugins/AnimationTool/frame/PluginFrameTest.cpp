@@ -57,7 +57,7 @@ TEST(PluginFrame, WithTheIKPreferenceOnEveryPolishStepTakesEffect)
     EXPECT_EQ(r["ik_tool_id"], "2103");
     EXPECT_EQ(r["menus"], "Animation:3;INSERT_MENU_ID:1;View:1");
     EXPECT_NE(r["shortcut_NEW_IK_TOOL"], "0");
-    EXPECT_EQ(r["panel_factories"], "1");
+    EXPECT_EQ(r["panel_factories"], "2");  // the IK tool's and the Shift and Trace tool's
     EXPECT_EQ(r["pref_ikJointSize"], "5");
     EXPECT_EQ(r["customizers"], "1");
     EXPECT_EQ(r["responders"], "1;1");
@@ -74,6 +74,7 @@ TEST(PluginFrame, ApplicationIdentitiesDecideTheShiftAndTracePolishOnly)
         EXPECT_EQ(r["ik_registered"], "1") << identity;
         EXPECT_EQ(r["menus"], "Animation:3;INSERT_MENU_ID:1;View:1") << identity;
         EXPECT_NE(r["st_tool_id"], "0") << identity;
+        EXPECT_EQ(r["panel_factories"], drawings ? "2" : "1") << identity;
     }
 }
 
@@ -109,7 +110,7 @@ TEST(PluginFrame, UnpolishActsOnlyAfterAPolishAndOnlyOnce)
 TEST(PluginFrame, ASecondPolishRepeatsOnlyTheStepsWithoutALatch)
 {
     Report r = probe({"--ik", "on", "--identity", "2", "--steps", "polish"});
-    EXPECT_EQ(r["panel_factories"], "1");
+    EXPECT_EQ(r["panel_factories"], "2");  // the IK tool's and the Shift and Trace tool's
     EXPECT_EQ(r["menus"], "Animation:3;INSERT_MENU_ID:1;View:1");  // merging again changes nothing
     EXPECT_EQ(r["customizers"], "1");
 }
@@ -120,7 +121,7 @@ TEST(PluginFrame, AHostWithoutServicesStillRunsEveryEntryPoint)
     EXPECT_EQ(r["ik_registered"], "1");
     EXPECT_EQ(r["menus"], "");
     EXPECT_EQ(r["image_folders"], "0");
-    EXPECT_EQ(r["panel_factories"], "1");  // the panel factory needs no service
+    EXPECT_EQ(r["panel_factories"], "2");  // the panel factories need no service
     EXPECT_EQ(r["pref_ikJointSize"], "5");
     EXPECT_EQ(r["customizers"], "0");
     EXPECT_EQ(r["responders"], "0;0");
