@@ -183,6 +183,26 @@ TEST_F(Tool, InTheDrawingViewTheToolWaitsForItsPreference)
     PR_CachedPreferences::_HasNewShiftandTraceInDrawingView = allowed;
 }
 
+TEST_F(Tool, PolishRegistersThePegGeneratorAndUnpolishWritesThePreferencesBack)
+{
+    ShiftAndTraceTool::unregisterPickingHandleGenerator();
+    ShiftAndTraceTool::onPolish();
+    EXPECT_NE(ST::shiftAndTracePickingHandleGenerator(), nullptr);
+    auto *r = ShiftAndTraceTool::responder();
+    r->onActionToggleShowOutline();
+    r->onActionSetPegPosition(2);
+    ShiftAndTraceTool::onUnpolish();
+    EXPECT_EQ(ST::shiftAndTracePickingHandleGenerator(), nullptr);
+    EXPECT_TRUE(tuPref->getBoolValue(QStringLiteral("ShiftAndTraceShowOutline"), false));
+    EXPECT_EQ(tuPref->getIntValue(QStringLiteral("ShiftAndTracePegPosition"), 0), 2);
+
+    r->onActionToggleShowOutline();
+    r->onActionSetPegPosition(0);
+    for (char const *k : {"ShiftAndTraceShowOutline", "ShiftAndTracePegPosition", "ShiftAndTraceShowPegs",
+                          "ShiftAndTraceShowCrossHair", "ShiftAndTraceShowManipulator"})
+        tuPref->remove(QLatin1String(k));
+}
+
 // ---- the responder ----
 
 using Responder = Tool;
