@@ -573,7 +573,12 @@ bool VW_View::isPressed() const
 bool VW_View::keyPress(int key, Qt::KeyboardModifiers modifiers, bool autoRepeat)
 {
     d_->modifiers = modifiers;
-    bool const used = d_->tool && d_->tool->onKeyDown(key, autoRepeat);
+    // A key with which the tool moved something (it reported a step of a drag, as a nudge does)
+    // is used, whatever the tool answers: the same key must not also step the frame or run a
+    // shortcut.
+    int const stepsBefore = d_->dragSteps;
+    bool const answered = d_->tool && d_->tool->onKeyDown(key, autoRepeat);
+    bool const used = answered || d_->dragSteps != stepsBefore;
     if (used)
         requestRedraw();
     return used;

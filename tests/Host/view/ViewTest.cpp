@@ -73,7 +73,9 @@ public:
     bool onKeyDown(int key, bool) override
     {
         keys.push_back(key);
-        return true;
+        if (stepOnKey)
+            context()->dragStepDone();
+        return answerKeys;
     }
     void activateTool() override { ++activations; }
     int oglScanHit(unsigned int id, bool press) override
@@ -108,6 +110,8 @@ public:
     static ProbeTool *last;  // the tool made most recently, while it lives
     SLB_SelectablePickAdaptor handles;
     bool drawHandle = false;
+    bool answerKeys = true;  // what onKeyDown answers
+    bool stepOnKey = false;  // onKeyDown reports a drag step, as a nudge does
     bool modelKept = false;
     std::vector<Event> events;
     std::vector<std::pair<unsigned int, bool>> scans;
@@ -308,6 +312,21 @@ TEST_F(ViewTest, PressMoveAndReleaseReachTheToolInViewPixelsWithModifiers)
     EXPECT_DOUBLE_EQ(view.currentFrame(), 1.0);
     session->setCurrentFrame(7.5);
     EXPECT_DOUBLE_EQ(view.currentFrame(), 7.5);
+}
+
+// A tool may answer that it left a key alone and yet have moved something with it (a nudge that
+// plays a drag): the key is used all the same, so that the window gives it to nothing else.
+TEST_F(ViewTest, AKeyWithWhichTheToolMadeADragStepIsUsedWhateverTheToolAnswers)
+{
+    ProbeTool *tool = useProbe();
+    tool->answerKeys = false;
+    EXPECT_FALSE(view.keyPress(Qt::Key_Left));
+    tool->stepOnKey = true;
+    EXPECT_TRUE(view.keyPress(Qt::Key_Left));
+    EXPECT_EQ(view.dragStepCount(), 1);
+    tool->stepOnKey = false;
+    EXPECT_FALSE(view.keyPress(Qt::Key_Right));
+    EXPECT_EQ(tool->keys, (std::vector<int>{Qt::Key_Left, Qt::Key_Left, Qt::Key_Right}));
 }
 
 // Points far outside the view (a script's "press 2147483647 10") are brought within

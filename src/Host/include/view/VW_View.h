@@ -100,6 +100,8 @@ public:
     bool mouseRelease(Math::Point2d const &point, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
     void mouseLeave();
     bool isPressed() const;
+    // True when the tool used the key: it said so, or it reported a drag step while it had the key
+    // (a nudge), so that the window gives the key to nothing else.
     bool keyPress(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier, bool autoRepeat = false);
     bool keyRelease(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
     Qt::KeyboardModifiers modifiers() const;

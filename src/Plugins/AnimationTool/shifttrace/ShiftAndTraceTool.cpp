@@ -339,6 +339,9 @@ bool ShiftAndTraceTool::onKeyDown(int key, bool)
     GR_StylusPoint const end(origin + step, 1.0);
     d_->manipulator.onMouseDown(context(), GR_StylusPoint(origin, 1.0));
     d_->manipulator.onMouseMove(context(), {end});
+    // The step is reported as a real drag's is: the host then knows the key moved something and
+    // gives it to nothing else (an arrow key would otherwise also step the frame).
+    context()->dragStepDone();
     d_->manipulator.onMouseUp(context(), end);
     responder()->refreshViews();
     return false;
