@@ -22,6 +22,7 @@
 
 class AC_Manager;
 class AH_Workspace;
+class MO_ElementModule;
 class QTextStream;
 class QWidget;
 class SC_Session;
@@ -51,6 +52,9 @@ public:
     QString outputPath(QString const &file) const;
     // Where "print" and other reports go: the stream set, or standard output.
     QTextStream &output();
+
+    // The drawing element of that instance name, or null with `why` set.
+    MO_ElementModule *elementNamed(QString const &name, QString &why) const;
 
     // The widget of that object name in the panel of the view's tool, or null with `why` set. The
     // first call without a receiver makes a hidden one.
@@ -115,4 +119,6 @@ AH_BatchCommand::Check frameAt(int index);          // the word at `index` is a 
 AH_BatchCommand::Check wholeFramesFrom(int index);  // every word from `index` on is a whole frame number within SC_Frames
 AH_BatchCommand::Check sizeAt(int index);           // two words from `index`: a size from 1 to 10000
 bool checkPoint(QStringList const &args, QString &why);  // [scene] X Y [modifiers]
+AH_BatchCommand::Check oneOf(int index, QStringList const &words);  // the word at `index` is one of `words`
+bool oneKey(QStringList const &args, QString &why);       // the first word is one key ("Left", "Alt+K")
 } // namespace AH_BatchWords

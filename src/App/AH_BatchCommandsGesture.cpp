@@ -178,12 +178,7 @@ void AH_AddGestureCommands(AH_BatchCommandList &table)
     table.push_back({QStringLiteral("press"), 2, 6, point, checkPoint, gesture(Gesture::Press)});
     table.push_back({QStringLiteral("move"), 2, 6, point, checkPoint, gesture(Gesture::Move)});
     table.push_back({QStringLiteral("release"), 2, 6, point, checkPoint, gesture(Gesture::Release)});
-    table.push_back({QStringLiteral("key"), 1, 1, QStringLiteral("KEY"),
-                     [](QStringList const &a, QString &why) {
-                         why = QStringLiteral("one key, as \"Left\" or \"Alt+K\"");
-                         return toKeyCode(a[0]) != 0;
-                     },
-                     pressKey});
+    table.push_back({QStringLiteral("key"), 1, 1, QStringLiteral("KEY"), oneKey, pressKey});
     table.push_back({QStringLiteral("undo"), 0, 0, QString(), nullptr, undoOrRedo(true)});
     table.push_back({QStringLiteral("redo"), 0, 0, QString(), nullptr, undoOrRedo(false)});
     table.push_back({QStringLiteral("set"), 3, -1, QStringLiteral("NODE ATTRIBUTE VALUE"), nullptr,

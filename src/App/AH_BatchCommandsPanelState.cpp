@@ -3,6 +3,8 @@
 
 #include <QWidget>
 
+using namespace AH_BatchWords;
+
 namespace {
 
 bool expectEnabled(AH_BatchContext &c, QStringList const &a, QString &why)
@@ -22,9 +24,6 @@ bool expectEnabled(AH_BatchContext &c, QStringList const &a, QString &why)
 void AH_AddPanelStateCommands(AH_BatchCommandList &table)
 {
     table.push_back({QStringLiteral("expect-enabled"), 2, 2, QStringLiteral("NAME true|false"),
-                     [](QStringList const &a, QString &why) {
-                         why = QStringLiteral("\"true\" or \"false\"");
-                         return a[1] == QLatin1String("true") || a[1] == QLatin1String("false");
-                     },
+                     oneOf(1, {QStringLiteral("true"), QStringLiteral("false")}),
                      expectEnabled});
 }

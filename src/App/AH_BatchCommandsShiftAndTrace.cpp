@@ -54,18 +54,9 @@ bool sevenNumbers(QStringList const &a, QString &why)
     return true;
 }
 
-// The element module named `name`, or null with `why` set.
-MO_ElementModule *elementNamed(AH_BatchContext &c, QString const &name, QString &why)
-{
-    auto *element = dynamic_cast<MO_ElementModule *>(c.workspace().findNode(name));
-    if (!element)
-        why = QStringLiteral("expected the name of a drawing element of the scene, not \"%1\"").arg(name);
-    return element;
-}
-
 bool setShift(AH_BatchContext &c, QStringList const &a, QString &why)
 {
-    MO_ElementModule *element = elementNamed(c, a[0], why);
+    MO_ElementModule *element = c.elementNamed(a[0], why);
     if (!element)
         return false;
     PositionData const data = shiftFrom(a, 2);
@@ -81,7 +72,7 @@ bool setShift(AH_BatchContext &c, QStringList const &a, QString &why)
 
 bool expectShift(AH_BatchContext &c, QStringList const &a, QString &why)
 {
-    MO_ElementModule *element = elementNamed(c, a[0], why);
+    MO_ElementModule *element = c.elementNamed(a[0], why);
     if (!element)
         return false;
     AT_ShiftAndTraceUtil::ShiftAndTraceAttr const *attr = AT_ShiftAndTraceUtil::shiftAndTraceFor(element);
@@ -119,21 +110,12 @@ AH_BatchCommand::Run holdKey(bool down)
     };
 }
 
-bool oneKey(QStringList const &a, QString &why)
-{
-    why = QStringLiteral("one key, as \"Left\" or \"Alt+R\"");
-    return toKeyCode(a[0]) != 0;
-}
-
 } // namespace
 
 void AH_AddShiftAndTraceCommands(AH_BatchCommandList &table)
 {
     table.push_back({QStringLiteral("shift"), 1, 1, QStringLiteral("on|off"),
-                     [](QStringList const &a, QString &why) {
-                         why = QStringLiteral("\"on\" or \"off\"");
-                         return a[0] == QLatin1String("on") || a[0] == QLatin1String("off");
-                     },
+                     oneOf(0, {QStringLiteral("on"), QStringLiteral("off")}),
                      [](AH_BatchContext &c, QStringList const &a, QString &) {
                          AT_ShiftAndTraceUtil::setShiftAndTraceEnabled(a[0] == QLatin1String("on"));
                          c.view()->requestRedraw();

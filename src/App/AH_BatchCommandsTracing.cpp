@@ -14,15 +14,6 @@ using namespace AH_BatchWords;
 
 namespace {
 
-// A check that the word at `index` is one of `words`.
-AH_BatchCommand::Check oneOf(int index, QStringList const &words)
-{
-    return [index, words](QStringList const &a, QString &why) {
-        why = QStringLiteral("one of %1").arg(words.join(QStringLiteral(", ")));
-        return words.contains(a[index]);
-    };
-}
-
 bool checkOnionFrames(QStringList const &a, QString &why)
 {
     why = QStringLiteral("two whole numbers of frames from 0 to %1").arg(VW_OnionSkinSettings::kMaxFrames);
@@ -42,18 +33,9 @@ bool checkCount(QStringList const &a, QString &why)
     return a[1].toInt(&ok) >= 0 && ok;
 }
 
-// The element of that name, or null with `why` set.
-MO_ElementModule *elementNamed(AH_BatchContext &c, QString const &name, QString &why)
-{
-    auto *element = dynamic_cast<MO_ElementModule *>(c.workspace().findNode(name));
-    if (!element)
-        why = QStringLiteral("expected the name of a drawing element of the scene, not \"%1\"").arg(name);
-    return element;
-}
-
 bool expectDrawings(AH_BatchContext &c, QStringList const &a, QString &why)
 {
-    MO_ElementModule *element = elementNamed(c, a[0], why);
+    MO_ElementModule *element = c.elementNamed(a[0], why);
     if (!element)
         return false;
     int const count = static_cast<int>(element->drawings().size());
@@ -66,7 +48,7 @@ bool expectDrawings(AH_BatchContext &c, QStringList const &a, QString &why)
 // NAME "-" stands for nothing exposed.
 bool expectExposure(AH_BatchContext &c, QStringList const &a, QString &why)
 {
-    MO_ElementModule *element = elementNamed(c, a[0], why);
+    MO_ElementModule *element = c.elementNamed(a[0], why);
     if (!element)
         return false;
     OC_DrawingPtr const drawing = element->oglDrawing(a[1].toDouble());

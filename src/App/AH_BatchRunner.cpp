@@ -3,6 +3,7 @@
 #include "AH_BatchCommands.h"
 #include "AH_Workspace.h"
 #include "panel/TP_ToolProperties.h"
+#include "scene/MO_Module.h"
 #include "scene/SC_Frames.h"
 #include "view/VW_View.h"
 
@@ -183,6 +184,20 @@ bool AH_BatchWords::checkPoint(QStringList const &a, QString &why)
     return true;
 }
 
+AH_BatchCommand::Check AH_BatchWords::oneOf(int index, QStringList const &words)
+{
+    return [index, words](QStringList const &a, QString &why) {
+        why = QStringLiteral("one of %1").arg(words.join(QStringLiteral(", ")));
+        return words.contains(a[index]);
+    };
+}
+
+bool AH_BatchWords::oneKey(QStringList const &a, QString &why)
+{
+    why = QStringLiteral("one key, as \"Left\" or \"Alt+K\"");
+    return toKeyCode(a[0]) != 0;
+}
+
 // --- The table -----------------------------------------------------------------------------------
 
 AH_BatchCommandList const &AH_BatchCommandTable()
@@ -246,6 +261,14 @@ QTextStream &AH_BatchContext::output()
     if (!standardOutput_)
         standardOutput_ = std::make_unique<QTextStream>(stdout);
     return *standardOutput_;
+}
+
+MO_ElementModule *AH_BatchContext::elementNamed(QString const &name, QString &why) const
+{
+    auto *element = dynamic_cast<MO_ElementModule *>(workspace_.findNode(name));
+    if (!element)
+        why = QStringLiteral("expected the name of a drawing element of the scene, not \"%1\"").arg(name);
+    return element;
 }
 
 QWidget *AH_BatchContext::panelWidget(QString const &name, QString &why)
