@@ -546,23 +546,20 @@ TEST_F(PainterTest, ABatchPaintsTheSamePixelsAsPrimitivesPaintedOneByOne)
     ASSERT_LT(countOf(kNothing), canvas.width() * canvas.height() / 2);
 
     canvas.clear();
+    VU_Painter batched(binder);
     {
-        VU_Painter painter(binder);
-        VU_Painter::Batch const outer(painter);
-        VU_Painter::Batch const inner(painter);  // batches nest
-        paintSequence(painter);
+        VU_Painter::Batch const outer(batched);
+        VU_Painter::Batch const inner(batched);  // batches nest
+        paintSequence(batched);
     }
     EXPECT_TRUE(canvas.image() == oneByOne);
 
-    // Once the batch has ended, another painter can paint on the canvas again.
+    // Once the batch has ended, another painter can paint on the canvas again, while the batched
+    // painter still lives.
     VU_Painter other(binder);
     other.setPointReferential(VU_Painter::kPixelReferential);
-    other.setPointShape(VU_Painter::SquarePoint);
-    other.setPointSize(1.0);
-    other.setPointFillColor(kRed);
-    other.setPointStrokeColor(kRed);
-    ASSERT_TRUE(other.drawPoint(Point2d(32.0, 32.0)));
-    EXPECT_EQ(canvas.pixel(32, 32), kRed);
+    ASSERT_TRUE(other.drawFilledDisc(Point2d(30.0, 30.0), 2.0, kRed));
+    EXPECT_EQ(canvas.pixel(30, 30), kRed);
 }
 
 // The canvas going to picking mode within a batch takes effect at the next primitive: it is
