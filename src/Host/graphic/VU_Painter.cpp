@@ -62,7 +62,40 @@ struct VU_Painter::Impl {
     int lineReferential = kPixelReferential;
     VS_RGBA lineStroke = VS_RGBA(0, 0, 0);
 
+    int batchDepth = 0;                   // Batch scopes alive on this painter
+    std::unique_ptr<QPainter> batched;    // open only while batchDepth > 0, on batchedImage
+    QImage const *batchedImage = nullptr;
+    bool batchedSmooth = false;           // the canvas's modes batched was set up for
+    bool batchedPicking = false;
+
     explicit Impl(CC_CameraChainTransformCanvasBinder &b) : binder(b) {}
+
+    // Sets `painter` up for the canvas's mode and for view coordinates: the point (i, j) is the
+    // centre of pixel (i, j).
+    static void setUp(QPainter &painter, bool smooth, bool picking)
+    {
+        painter.setRenderHint(QPainter::Antialiasing, smooth);
+        painter.setRenderHint(QPainter::SmoothPixmapTransform, smooth);
+        if (picking)
+            painter.setCompositionMode(QPainter::CompositionMode_Source);
+        painter.translate(0.5, 0.5);
+    }
+
+    // The batch's QPainter, opened again when the canvas, its image or its mode changed since.
+    QPainter &batchPainter(VS_Canvas &canvas)
+    {
+        bool const smooth = canvas.antialiasing();
+        bool const picking = canvas.pickingMode();
+        if (!batched || batchedImage != &canvas.image() || batchedSmooth != smooth || batchedPicking != picking) {
+            batched.reset();  // ends the old one before a new one begins on the same image
+            batched = std::make_unique<QPainter>(&canvas.image());
+            batchedImage = &canvas.image();
+            batchedSmooth = smooth;
+            batchedPicking = picking;
+            setUp(*batched, smooth, picking);
+        }
+        return *batched;
+    }
 
     CameraTransformChain const &chain() const { return binder.cameraTransformChain(); }
 
@@ -126,27 +159,26 @@ struct VU_Painter::Impl {
 
     static QBrush brush(VS_RGBA const &fill) { return fill.a == 0 ? QBrush(Qt::NoBrush) : QBrush(toQColor(fill)); }
 
-    // Runs `paint` with a QPainter open on the canvas, set up for the canvas's mode and for view
-    // coordinates: the point (i, j) is the centre of pixel (i, j). One QPainter per primitive, so
-    // that several painters may work on one canvas in turn.
+    // Runs `paint` with a QPainter open on the canvas (see setUp). Outside a batch, one QPainter
+    // per primitive, so that several painters may work on one canvas in turn. `paint` may change
+    // the painter's pen, brush and transform, and must leave the transform as it found it.
     template <class Paint>
-    bool paint(Paint &&paintWith) const
+    bool paint(Paint &&paintWith)
     {
         VS_Canvas *canvas = binder.canvas();
         if (!canvas || canvas->image().isNull())
             return false;
+        if (batchDepth > 0) {
+            paintWith(batchPainter(*canvas));
+            return true;
+        }
         QPainter painter(&canvas->image());
-        bool const smooth = canvas->antialiasing();
-        painter.setRenderHint(QPainter::Antialiasing, smooth);
-        painter.setRenderHint(QPainter::SmoothPixmapTransform, smooth);
-        if (canvas->pickingMode())
-            painter.setCompositionMode(QPainter::CompositionMode_Source);
-        painter.translate(0.5, 0.5);
+        setUp(painter, canvas->antialiasing(), canvas->pickingMode());
         paintWith(painter);
         return true;
     }
 
-    bool drawPointAt(QPointF const &c) const
+    bool drawPointAt(QPointF const &c)
     {
         return paint([&](QPainter &painter) {
             painter.setPen(Qt::NoPen);
@@ -172,7 +204,7 @@ struct VU_Painter::Impl {
         });
     }
 
-    bool drawPolygonAt(QPolygonF const &polygon, VS_RGBA const &fill) const
+    bool drawPolygonAt(QPolygonF const &polygon, VS_RGBA const &fill)
     {
         return paint([&](QPainter &painter) {
             painter.setPen(linePen());
@@ -181,7 +213,7 @@ struct VU_Painter::Impl {
         });
     }
 
-    bool drawDisc(Point2d const &centre, double radius, QBrush const &fill, QPen const &outline) const
+    bool drawDisc(Point2d const &centre, double radius, QBrush const &fill, QPen const &outline)
     {
         QPointF c;
         double const r = toPixelLength(radius, referential);
@@ -231,6 +263,16 @@ struct VU_Painter::Impl {
 VU_Painter::VU_Painter(CC_CameraChainTransformCanvasBinder &binder) : impl_(std::make_unique<Impl>(binder)) {}
 
 VU_Painter::~VU_Painter() = default;
+
+VU_Painter::Batch::Batch(VU_Painter &painter) : painter_(painter) { ++painter_.impl_->batchDepth; }
+
+VU_Painter::Batch::~Batch()
+{
+    if (--painter_.impl_->batchDepth == 0) {
+        painter_.impl_->batched.reset();
+        painter_.impl_->batchedImage = nullptr;
+    }
+}
 
 bool VU_Painter::setPointReferential(int referential)
 {
@@ -389,5 +431,6 @@ bool VU_Painter::drawTexturedQuads(VS_TexturePtr const &texture, std::vector<VU_
             painter.setTransform(quadMap * toView);
             painter.drawImage(QPointF(0.0, 0.0), image);
         }
+        painter.setTransform(toView);
     });
 }

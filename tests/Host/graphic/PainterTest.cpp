@@ -505,3 +505,75 @@ TEST(VS_Canvas, TexturesRefuseArgumentsOutsideTheirConstants)
     EXPECT_EQ(texture->width(), 2);
     EXPECT_EQ(texture->sample(0.5, 0.5, false), kRed);
 }
+
+// A batch shares one QPainter between primitives; what they paint must not depend on it. The
+// sequence mixes a textured quad (which moves the QPainter's transform) with translucent areas,
+// outlines and points, anti-aliased, in scene and pixel coordinates, so that a state left behind
+// by one primitive shows in the next.
+TEST_F(PainterTest, ABatchPaintsTheSamePixelsAsPrimitivesPaintedOneByOne)
+{
+    canvas.setAntialiasing(true);
+    VS_TexturePtr const texture = fourColourTexture(canvas);
+    ASSERT_TRUE(texture);
+    auto paintSequence = [&](VU_Painter &painter) {
+        painter.setPointReferential(VU_Painter::kPixelReferential);
+        VU_TexturedQuad quad = tenPixelQuad();
+        quad.corners[2] = Point2d(12.3, 11.1);  // not a rectangle: a real projective map
+        EXPECT_TRUE(painter.drawTexturedQuads(texture, {quad}));
+        painter.setLineStrokeColor(VS_RGBA(0, 0, 0, 200));
+        painter.setLineThickness(1.5);
+        EXPECT_TRUE(painter.drawQuad(Point2d(3.2, 4.7), Point2d(20.1, 2.3), Point2d(25.4, 18.9), Point2d(6.6, 22.2),
+                                     VS_RGBA(40, 200, 90, 128)));
+        EXPECT_TRUE(painter.drawLine(Point2d(0.3, 30.2), Point2d(31.7, 1.4)));
+        painter.setPointReferential(VU_Painter::kSceneReferential);
+        EXPECT_TRUE(painter.drawFilledDisc(Point2d(1.3, -0.6), 2.2, VS_RGBA(200, 30, 30, 160)));
+        EXPECT_TRUE(painter.drawCircle(Point2d(-1.1, 1.7), 1.4));
+        painter.setPointShape(VU_Painter::RoundPoint);
+        painter.setPointSize(6.0);
+        painter.setPointFillColor(kBlue);
+        painter.setPointStrokeColor(VS_RGBA(255, 255, 0, 255));
+        EXPECT_TRUE(painter.drawPoint(Point3d(2.4, 2.6, 0.0)));
+        EXPECT_TRUE(painter.drawTriangle(Point2d(-3.0, -3.0), Point2d(-1.0, -3.5), Point2d(-2.2, -1.2),
+                                         VS_RGBA(0, 0, 0, 90)));
+    };
+
+    {
+        VU_Painter painter(binder);
+        paintSequence(painter);
+    }
+    QImage const oneByOne = canvas.image().copy();
+    ASSERT_GT(countOf(kNothing), 0);
+    ASSERT_LT(countOf(kNothing), canvas.width() * canvas.height() / 2);
+
+    canvas.clear();
+    VU_Painter batched(binder);
+    {
+        VU_Painter::Batch const outer(batched);
+        VU_Painter::Batch const inner(batched);  // batches nest
+        paintSequence(batched);
+    }
+    EXPECT_TRUE(canvas.image() == oneByOne);
+
+    // Once the batch has ended, another painter can paint on the canvas again, while the batched
+    // painter still lives.
+    VU_Painter other(binder);
+    other.setPointReferential(VU_Painter::kPixelReferential);
+    ASSERT_TRUE(other.drawFilledDisc(Point2d(30.0, 30.0), 2.0, kRed));
+    EXPECT_EQ(canvas.pixel(30, 30), kRed);
+}
+
+// The canvas going to picking mode within a batch takes effect at the next primitive: it is
+// written without blending, as it would be by a painter of its own.
+TEST_F(PainterTest, ABatchFollowsTheCanvasIntoPickingMode)
+{
+    VU_Painter painter(binder);
+    VU_Painter::Batch const batch(painter);
+    painter.setPointReferential(VU_Painter::kPixelReferential);
+    painter.setLineThickness(0.0);
+    EXPECT_TRUE(painter.drawQuad(Point2d(0, 0), Point2d(9, 0), Point2d(9, 9), Point2d(0, 9), kRed));
+    canvas.setPickingMode(true);
+    VS_RGBA const translucent(0, 0, 255, 100);
+    EXPECT_TRUE(painter.drawQuad(Point2d(0, 0), Point2d(4, 0), Point2d(4, 4), Point2d(0, 4), translucent));
+    EXPECT_EQ(canvas.pixel(2, 2), translucent);
+    EXPECT_EQ(canvas.pixel(7, 7), kRed);
+}

@@ -197,6 +197,7 @@ void IKTool::draw(PickMode mode)
     }
     CC_CameraChainTransformCanvasBinder::Scope scope(*binder);
     VU_Painter painter(*binder);
+    VU_Painter::Batch const batch(painter);
     RenderingStyle const style(setup ? IKPreferences::setupBoneThickness() : IKPreferences::boneThickness());
     SkeletonDef const &skeleton = current.skeleton;
     Impl::drawSkeleton(*binder, painter, skeleton, d.selectedJointMap, current.pickAdaptor, pick, style, d.pressed,
@@ -213,6 +214,7 @@ void IKTool::drawSetupMode(bool pick)
         return;
     CC_CameraChainTransformCanvasBinder::Scope scope(*binder);
     VU_Painter painter(*binder);
+    VU_Painter::Batch const batch(painter);
     SetupRenderingStyle const style(IKPreferences::setupBoneThickness());
     Impl::drawSkeleton(*binder, painter, d.setupSkeleton, {}, d.setupPickAdaptor, pick, style, false, false);
 }
@@ -231,6 +233,7 @@ void IKTool::drawInterpolationMode()
             continue;
         CC_CameraChainTransformCanvasBinder::Scope scope(*binder);
         VU_Painter painter(*binder);
+        VU_Painter::Batch const batch(painter);  // one QPainter for the whole ghost
         VS_RGBA const boneTint = Impl::ghostColour(from, current, to, entry.first);
         VS_RGBA jointTint = IKPreferences::interpolationJointColor();
         jointTint.a = boneTint.a;
