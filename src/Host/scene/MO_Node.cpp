@@ -6,7 +6,7 @@
 #include "base/UT_DynKey.h"
 
 #include <algorithm>
-#include <set>
+#include <unordered_map>
 
 namespace {
 
@@ -15,18 +15,63 @@ bool hasPassThroughInput(MO_Node const *node)
     return node && node->isPassThrough() && node->nInPorts() > 0;
 }
 
-// True when `target` lies upstream of `node`, following every input (pass-through included).
-bool isUpstream(MO_Node const *target, MO_Node const *node, std::set<MO_Node const *> &seen)
+// The nodes one link away from `node`: those that feed its inputs (`upstream`) or those its
+// outputs feed.
+void appendNeighbours(MO_Node const *node, bool upstream, std::vector<MO_Node const *> &list)
 {
-    if (node == target)
-        return true;
-    if (!seen.insert(node).second)
-        return false;
-    for (int i = 0; i < node->nInPorts(); ++i)
-        if (MO_Port const *src = node->inPort(i)->srcPort())
-            if (isUpstream(target, src->node(), seen))
-                return true;
-    return false;
+    if (upstream) {
+        for (int i = 0; i < node->nInPorts(); ++i)
+            if (MO_Port const *src = node->inPort(i)->srcPort())
+                list.push_back(src->node());
+    } else {
+        for (int o = 0; o < node->nOutPorts(); ++o)
+            for (MO_Port const *dst : node->outPort(o)->dstPorts())
+                list.push_back(dst->node());
+    }
+}
+
+// How many nodes the longest path of links from `start` holds, `start` included, going up
+// through sources or down through destinations; -1 when the walk meets `stop`. Iterative, each
+// node once (the length of the path from a node is kept once known), so a long chain costs
+// neither stack nor time per level. Links never close a cycle, so a node met again while it is
+// on the walk's stack cannot happen.
+int longestPathFrom(MO_Node const *start, bool upstream, MO_Node const *stop)
+{
+    std::unordered_map<MO_Node const *, int> lengths;  // node -> nodes on the longest path from it
+    struct Step {
+        MO_Node const *node;
+        std::size_t first;  // its neighbours are neighbours[first..], the last ones appended
+        std::size_t next;   // neighbours[first + next] is the next one to visit
+    };
+    std::vector<MO_Node const *> neighbours;
+    std::vector<Step> stack;
+    auto enter = [&](MO_Node const *node) {
+        stack.push_back({node, neighbours.size(), 0});
+        appendNeighbours(node, upstream, neighbours);
+    };
+    if (start == stop)
+        return -1;
+    enter(start);
+    while (!stack.empty()) {
+        Step &step = stack.back();  // careful: enter() below invalidates it
+        std::size_t const index = step.first + step.next;
+        if (index < neighbours.size()) {
+            MO_Node const *next = neighbours[index];
+            ++step.next;
+            if (next == stop)
+                return -1;
+            if (lengths.count(next) == 0)
+                enter(next);
+            continue;
+        }
+        int longest = 0;
+        for (std::size_t i = step.first; i < neighbours.size(); ++i)
+            longest = std::max(longest, lengths.at(neighbours[i]));
+        lengths[step.node] = longest + 1;
+        neighbours.resize(step.first);
+        stack.pop_back();
+    }
+    return lengths.at(start);
 }
 
 SC_SceneMetrics const kDefaultMetrics;
@@ -135,13 +180,26 @@ bool MO_Node::connect(MO_Node *src, int outIndex, MO_Node *dst, int inIndex)
     MO_Port *in = dst->inPort(inIndex);
     if (!out || !in)
         return false;
-    std::set<MO_Node const *> seen;
-    if (isUpstream(dst, src, seen))
+    if (checkLink(src, dst) != LinkCheck::Allowed)
         return false;
     dst->disconnect(inIndex);
     in->src_ = out;
     out->dsts_.push_back(in);
     return true;
+}
+
+MO_Node::LinkCheck MO_Node::checkLink(MO_Node const *src, MO_Node const *dst)
+{
+    if (!src || !dst)
+        return LinkCheck::Allowed;
+    // The link replaces what fed the input of `dst`, but that link counts for neither walk: it
+    // lies above `dst`, and the walk up from `src` meets `dst` first unless there is a cycle.
+    int const above = longestPathFrom(src, true, dst);
+    if (above < 0)
+        return LinkCheck::ClosesCycle;
+    if (above + longestPathFrom(dst, false, nullptr) > kMaxChainDepth)
+        return LinkCheck::TooDeep;
+    return LinkCheck::Allowed;
 }
 
 bool MO_Node::disconnect(int inIndex)

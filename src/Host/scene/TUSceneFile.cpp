@@ -280,8 +280,12 @@ public:
         if (dst->inPort(in)->srcPort())
             return errorHandler(ctx, QStringLiteral("expected one <link> per input, input %1 of \"%2\" linked twice")
                                          .arg(in).arg(dst->instanceName()));
-        if (!MO_Node::connect(src, out, dst, in))
+        if (!MO_Node::connect(src, out, dst, in)) {
+            if (MO_Node::checkLink(src, dst) == MO_Node::LinkCheck::TooDeep)
+                return errorHandler(ctx, QStringLiteral("expected chains of linked nodes at most %1 deep in <link>")
+                                             .arg(MO_Node::kMaxChainDepth));
             return errorHandler(ctx, QStringLiteral("expected links without a cycle in <link>"));
+        }
         return std::make_shared<LeafReader>(name);
     }
 

@@ -1,5 +1,6 @@
-// Scene files at their limits: groups nested as deep as allowed and deeper, frames at and beyond
-// the frame limits, and texts with every character a file can hold.
+// Scene files at their limits: groups nested as deep as allowed and deeper, chains of linked
+// pegs as long as allowed and longer, frames at and beyond the frame limits, and texts with every
+// character a file can hold.
 #include "SceneTestUtil.h"
 
 #include "scene/AT_AttrFactory.h"
@@ -8,6 +9,9 @@
 #include "scene/TUSceneFile.h"
 
 #include <QStringList>
+
+#include <algorithm>
+#include <vector>
 
 #include <climits>
 #include <cmath>
@@ -75,6 +79,126 @@ TEST(SceneFileLimits, AHundredThousandNestedGroupsAreRefusedAtTheFirstTooDeep)
     QString error;
     EXPECT_FALSE(TUSceneFile::read(nestedGroupsFile(100000, false), "deep.xml", &error));
     EXPECT_TRUE(error.startsWith(QStringLiteral("deep.xml:%1: ").arg(4 + TUSceneFile::kMaxGroupDepth + 1)))
+        << error.toStdString();
+}
+
+// A file of `length` pegs "p1" to "p<length>" in the root group, each the parent of the next,
+// linked from the top down or from the bottom up, without indentation or attributes. Gives the
+// line of each link in `linkLines` (link i joins p<i> to p<i+1>, whatever the order).
+QByteArray pegChainFile(int length, bool topDown, std::vector<int> *linkLines = nullptr)
+{
+    QByteArray text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<scene version=\"1\">\n"
+                      "<metrics fieldToOglX=\"0.08333333333333333\" fieldToOglY=\"0.0625\"/>\n"
+                      "<group name=\"Top\">\n";
+    for (int i = 1; i <= length; ++i)
+        text += "<node type=\"PEG\" name=\"p" + QByteArray::number(i) + "\"><attrs/></node>\n";
+    text += "</group>\n<links>\n";
+    int line = 4 + length + 3;  // of the first link, after "</group>" and "<links>"
+    if (linkLines)
+        linkLines->assign(std::size_t(std::max(length, 1)), 0);
+    for (int n = 1; n < length; ++n, ++line) {
+        int const i = topDown ? n : length - n;
+        text += "<link src=\"p" + QByteArray::number(i) + "\" out=\"0\" dst=\"p" + QByteArray::number(i + 1) +
+                "\" in=\"0\"/>\n";
+        if (linkLines)
+            (*linkLines)[std::size_t(i)] = line;
+    }
+    return text + "</links>\n</scene>\n";
+}
+
+// The x of the origin of a peg's world, in scene units.
+double worldX(MO_Module const &peg)
+{
+    return apply(world(peg, 1.0), Math::Point2d(0, 0)).x;
+}
+
+TEST(SceneFileLimits, ChainsOfPegsAreAsLongAsTheLimitAndNoLonger)
+{
+    // Each peg one field unit to the right of its parent: the last is as far as all of them.
+    TUScene scene;
+    std::vector<MO_PegModule *> pegs;
+    for (int i = 1; i <= MO_Node::kMaxChainDepth; ++i) {
+        pegs.push_back(add<MO_PegModule>(scene, QStringLiteral("p%1").arg(i)));
+        auto *position = dynamic_cast<AT_Position3dAttr *>(pegs.back()->attr("position"));
+        ASSERT_NE(position, nullptr);
+        ASSERT_TRUE(position->setKeyframe(1, Math::Point3d(1, 0, 0)));
+        if (i > 1) {
+            ASSERT_TRUE(MO_Node::connect(pegs[pegs.size() - 2], 0, pegs.back(), 0)) << i;
+        }
+    }
+    double const step = worldX(*pegs.front());
+    ASSERT_GT(step, 0.0);
+    EXPECT_NEAR(worldX(*pegs.back()), step * MO_Node::kMaxChainDepth, 1e-9);
+
+    QString error;
+    QByteArray const written = TUSceneFile::write(scene, &error);
+    ASSERT_FALSE(written.isEmpty()) << error.toStdString();
+    std::unique_ptr<TUScene> again = TUSceneFile::read(written, "chain.xml", &error);
+    ASSERT_TRUE(again) << error.toStdString();
+    EXPECT_EQ(TUSceneFile::write(*again), written);
+    auto *last = dynamic_cast<MO_PegModule *>(again->getRootGroup()->findNode(pegs.back()->instanceName()));
+    ASSERT_NE(last, nullptr);
+    EXPECT_NEAR(worldX(*last), step * MO_Node::kMaxChainDepth, 1e-9);
+
+    // One peg more, above the first or below the last, is refused and changes nothing; so is a
+    // link that would lengthen the chain by joining another one to it.
+    auto *above = add<MO_PegModule>(scene, "above");
+    auto *below = add<MO_PegModule>(scene, "below");
+    auto *belowChild = add<MO_PegModule>(scene, "below child");
+    ASSERT_TRUE(MO_Node::connect(below, 0, belowChild, 0));
+    EXPECT_EQ(MO_Node::checkLink(above, pegs.front()), MO_Node::LinkCheck::TooDeep);
+    EXPECT_FALSE(MO_Node::connect(above, 0, pegs.front(), 0));
+    EXPECT_FALSE(MO_Node::connect(pegs.back(), 0, below, 0));
+    EXPECT_FALSE(MO_Node::connect(pegs[pegs.size() - 2], 0, below, 0));
+    EXPECT_EQ(pegs.front()->inPort(0)->srcPort(), nullptr);
+    EXPECT_EQ(below->inPort(0)->srcPort(), nullptr);
+    EXPECT_EQ(pegs.back()->outPort(0)->dstPorts().size(), 0u);
+    EXPECT_EQ(pegs[pegs.size() - 2]->outPort(0)->dstPorts(), std::vector<MO_Port *>{pegs.back()->inPort(0)});
+    EXPECT_NEAR(worldX(*pegs.back()), step * MO_Node::kMaxChainDepth, 1e-9);
+    // A branch as long as the chain is allowed: the third peg from the end gets a second child,
+    // which has one of its own.
+    EXPECT_EQ(MO_Node::checkLink(pegs[pegs.size() - 3], below), MO_Node::LinkCheck::Allowed);
+    ASSERT_TRUE(MO_Node::connect(pegs[pegs.size() - 3], 0, below, 0));
+    // Giving the last peg another parent as high (the link replaced does not count) is allowed;
+    // the new parent has no offset of its own.
+    ASSERT_TRUE(MO_Node::connect(below, 0, pegs.back(), 0));
+    EXPECT_EQ(pegs[pegs.size() - 2]->outPort(0)->dstPorts().size(), 0u);
+    EXPECT_NEAR(worldX(*pegs.back()), step * (MO_Node::kMaxChainDepth - 1), 1e-9);
+    // A cycle is refused as such, even across the whole chain.
+    EXPECT_EQ(MO_Node::checkLink(pegs.back(), pegs.front()), MO_Node::LinkCheck::ClosesCycle);
+    EXPECT_FALSE(MO_Node::connect(pegs.back(), 0, pegs.front(), 0));
+    EXPECT_EQ(pegs.front()->inPort(0)->srcPort(), nullptr);
+}
+
+TEST(SceneFileLimits, AFileWithAChainOneTooLongIsRefusedAtTheLinkThatMakesIt)
+{
+    for (bool topDown : {true, false}) {
+        SCOPED_TRACE(topDown ? "linked from the top down" : "linked from the bottom up");
+        QString error;
+        ASSERT_TRUE(TUSceneFile::read(pegChainFile(MO_Node::kMaxChainDepth, topDown), "chain.xml", &error))
+            << error.toStdString();
+        std::vector<int> linkLines;
+        QByteArray const tooLong = pegChainFile(MO_Node::kMaxChainDepth + 1, topDown, &linkLines);
+        EXPECT_FALSE(TUSceneFile::read(tooLong, "chain.xml", &error));
+        // The last link read joins the two halves: from the top down, the link to the last peg;
+        // from the bottom up, the link from the first.
+        int const line = topDown ? linkLines.at(std::size_t(MO_Node::kMaxChainDepth)) : linkLines.at(1);
+        EXPECT_EQ(error, QStringLiteral("chain.xml:%1: expected chains of linked nodes at most %2 deep in <link>")
+                             .arg(line)
+                             .arg(MO_Node::kMaxChainDepth));
+    }
+}
+
+TEST(SceneFileLimits, TwentyThousandLinkedPegsAreRefusedAtTheFirstLinkTooDeep)
+{
+    // Such a file once took minutes to open (the check for cycles walked the whole chain at
+    // each link, recursing once per peg), and evaluation could overflow the stack.
+    std::vector<int> linkLines;
+    QByteArray const file = pegChainFile(20000, true, &linkLines);
+    QString error;
+    EXPECT_FALSE(TUSceneFile::read(file, "long.xml", &error));
+    EXPECT_TRUE(error.startsWith(QStringLiteral("long.xml:%1: expected chains")
+                                     .arg(linkLines.at(std::size_t(MO_Node::kMaxChainDepth)))))
         << error.toStdString();
 }
 

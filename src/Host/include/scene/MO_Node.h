@@ -2,7 +2,8 @@
 //
 // A node has numbered input and output ports. An input port has at most one source (an output
 // port); an output port feeds any number of inputs. Links never make a cycle: connect refuses
-// one, so walking up through sources always ends.
+// one, so walking up through sources always ends; nor a path of more than kMaxChainDepth nodes,
+// so walks that recurse once per node stay far from the end of the stack.
 //
 // Pass-through nodes ("COMPOSITE", "EFFECT") are plain nodes, no modules: realSrcPort and
 // realDstPorts look through them, entering and leaving by their port 0.
@@ -88,9 +89,21 @@ public:
     // negative count.
     bool setInPortCount(int count);
 
+    // The most nodes one path of links may hold, from a node nothing feeds to a node that feeds
+    // nothing (a chain of pegs, each the parent of the next, holds one node per peg). Evaluation
+    // recurses once per node of the path, so the limit keeps it far from the end of the stack;
+    // real rigs hold a few dozen.
+    static constexpr int kMaxChainDepth = 250;
+
+    // Whether a link from `src` to `dst` may be made: not when it would close a cycle, nor when
+    // a path of links through it would hold more than kMaxChainDepth nodes. The walks are
+    // iterative and visit each node above `src` and below `dst` once. Null nodes close no cycle
+    // and give Allowed (connect refuses them).
+    enum class LinkCheck { Allowed, ClosesCycle, TooDeep };
+    static LinkCheck checkLink(MO_Node const *src, MO_Node const *dst);
     // Links output `outIndex` of `src` to input `inIndex` of `dst`, replacing what fed that
     // input. Refuses (false, nothing changed) null nodes, indices out of range and a link that
-    // would close a cycle.
+    // checkLink does not allow.
     static bool connect(MO_Node *src, int outIndex, MO_Node *dst, int inIndex);
     // Unlinks input `inIndex`; false when nothing was linked there or the index is out of range.
     bool disconnect(int inIndex);
