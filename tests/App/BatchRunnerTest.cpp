@@ -27,12 +27,6 @@ namespace {
 
 QString const kArm = QStringLiteral(ANIM_SOURCE_DIR "/examples/scenes/arm.xml");
 
-QByteArray readAll(QString const &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 // A tool that records the gestures that reach it, with what the view tells of the modifiers.
 class GestureTool : public TO_Tool {
 public:

@@ -1,5 +1,6 @@
 // The Shift and Trace commands of batch scripts, held keys, and the workspace as the host's
 // interactive view manager.
+#include "TestTools.h"
 #include "AH_BatchRunner.h"
 #include "AH_Workspace.h"
 #include "plugin/PLUG_InteractiveViewManager.h"
@@ -18,12 +19,6 @@
 namespace {
 
 QString const kScenes = QStringLiteral(ANIM_SOURCE_DIR "/tests/scenes");
-
-QByteArray readAll(QString const &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 class ShiftAndTraceBatch : public ::testing::Test {
 protected:

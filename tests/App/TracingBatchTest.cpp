@@ -1,5 +1,6 @@
 // Tracing in animhost: the batch commands of onion skin, the view's kind and new drawings, the
 // actions that menus and plug-ins reach them by, and the host's own menu entries and pencil.
+#include "TestTools.h"
 #include "AH_BatchRunner.h"
 #include "AH_Host.h"
 #include "AH_TracingActions.h"
@@ -26,12 +27,6 @@
 namespace {
 
 QString const kInbetween = QStringLiteral(ANIM_SOURCE_DIR "/examples/scenes/inbetween.xml");
-
-QByteArray readAll(QString const &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 class TracingBatchTest : public ::testing::Test {
 protected:

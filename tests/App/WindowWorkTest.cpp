@@ -41,12 +41,6 @@ public:
     bool onKeyDown(int key, bool) override { return key == Qt::Key_Left; }
 };
 
-QByteArray readAll(QString const &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 // Answers the next modal message box with `button`, and tells which box it was.
 void answerNextMessageBox(QMessageBox::StandardButton button, QString *boxName)
 {
