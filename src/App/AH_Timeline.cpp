@@ -1,6 +1,7 @@
 #include "AH_Timeline.h"
 
 #include "AH_Workspace.h"
+#include "scene/SC_Frames.h"
 #include "session/SC_Session.h"
 #include "session/TUSceneChangeManager.h"
 #include "scene/TUScene.h"
@@ -276,9 +277,11 @@ void AH_Timeline::stop()
 
 void AH_Timeline::onPlayStep()
 {
+    // The next frame is within the scene by construction: the workspace need not count the
+    // scene's frames again to check it.
     int const last = d_->workspace.frameCount();
-    int const next = static_cast<int>(d_->workspace.session()->currentFrame()) + 1;
-    d_->workspace.setFrame(next > last ? 1 : next, nullptr);
+    int const next = SC_Frames::toInt(d_->workspace.session()->currentFrame()) + 1;
+    d_->workspace.session()->setCurrentFrame(next > last ? 1 : next);
 }
 
 void AH_Timeline::refresh()

@@ -2,6 +2,7 @@
 
 #include "preference/PR_Preference.h"
 #include "scene/MO_Module.h"
+#include "scene/SC_Frames.h"
 
 #include <algorithm>
 #include <cmath>
@@ -35,7 +36,7 @@ std::vector<VW_OnionDrawing> VW_onionDrawings(MO_ElementModule const &element, d
         auto const found = drawings.find(name);
         return found == drawings.end() ? UT_SharedPtr<OC_Drawing const>() : found->second;
     };
-    int const whole = static_cast<int>(frame);
+    int const whole = SC_Frames::toInt(frame);  // as MO_ElementModule::oglDrawing takes it
     // The entry in force at the frame (its exposure is the current one, drawing or not) and the
     // first entry after it.
     auto const next = timing.upper_bound(whole);

@@ -298,9 +298,8 @@ struct VW_View::Impl {
             }
             if (auto *element = dynamic_cast<MO_ElementModule *>(m)) {
                 OC_DrawingPtr const drawing = element->oglDrawing(f);
-                if (drawing.isDrawing())
-                    binder.setModelMatrix(AT_ShiftAndTraceUtil::displayModelMatrix(*element, drawing->celKey(), binder.modelMatrix()));
                 if (drawing.isDrawing() && !drawing->bounds().isEmpty()) {
+                    binder.setModelMatrix(VW_View::exposedDrawingModelMatrix(*element, f, CameraView));
                     Math::Box2d const &b = drawing->bounds();
                     painter.drawPolyline({b.min(), Math::Point2d(b.max().x, b.min().y), b.max(),
                                           Math::Point2d(b.min().x, b.max().y), b.min()});

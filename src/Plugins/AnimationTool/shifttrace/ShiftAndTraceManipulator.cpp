@@ -103,7 +103,7 @@ Math::Matrix4x4 viewMatrixFor(TO_AbstractToolContext *ctx, MO_ElementModule cons
     Math::Matrix4x4 view = ctx->canvasBinder()->viewMatrix();
     SC_SceneCommon *scene = module ? module->sceneCommon() : nullptr;
     if (ctx->viewKind() != TO_AbstractToolContext::DrawingView && scene &&
-        static_cast<int>(ctx->currentFrame()) != frame) {
+        SC_Frames::toInt(ctx->currentFrame()) != frame) {
         try {
             view = scene->cameraMatrix(MO_FrameKey(frame)).getInverse();
         } catch (Math::SingularMatrixError const &) {
@@ -424,9 +424,4 @@ void ShiftAndTraceManipulator::draw(TO_AbstractToolContext *ctx, bool pickMode, 
     }
     if (responder->isShowManipulator() && showHandles && !responder->isAddCrossHairMode())
         drawHandles(ctx, d_->block, pickMode, pickingId(), selectedHandleType(), module->sceneMetrics(), outline);
-}
-
-ShiftAndTraceManipulatorBase::HandleBlock const &ShiftAndTraceManipulator::handleBlock() const
-{
-    return d_->block;
 }

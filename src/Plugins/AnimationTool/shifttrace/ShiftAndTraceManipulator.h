@@ -41,8 +41,6 @@ public:
     Math::Matrix4x4 modelMatrix(TO_AbstractToolContext *ctx) const;
     // The drawing the manipulator works on; an invalid key when the frame exposes none.
     CA_CelKey currentCelKey() const;
-    // The box, offset and pivot of the last draw.
-    HandleBlock const &handleBlock() const;
 
 private:
     struct Impl;

@@ -121,17 +121,11 @@ void ShiftAndTraceSelection::validate(int frame)
         elements.clear();
     d_->currentSelectionFrame = frame;
 
-    std::vector<MO_ElementModule const *> kept;
     for (auto it = elements.begin(); it != elements.end();) {
         MO_ElementModule const *module = it->module.get();
         bool const drop = !module || !ShiftAndTraceToolUtils::elementIsSelected(module) ||
                           (it->fromNodeSelection && it->frame != frame) || !module->isUsable();
-        if (drop) {
-            it = elements.erase(it);
-        } else {
-            kept.push_back(module);
-            ++it;
-        }
+        it = drop ? elements.erase(it) : std::next(it);
     }
     // Refilled only when it ran empty: a node selected while some drawing is in the set stays out.
     if (!elements.empty())
@@ -139,7 +133,7 @@ void ShiftAndTraceSelection::validate(int frame)
     std::vector<MO_ElementModule *> selected;
     ShiftAndTraceToolUtils::selectedElementModules(selected);
     for (MO_ElementModule *module : selected) {
-        if (!module->isUsable() || std::find(kept.begin(), kept.end(), module) != kept.end())
+        if (!module->isUsable())
             continue;
         CA_CelKey key = drawingKeyAt(module, frame);
         if (key.isValid())

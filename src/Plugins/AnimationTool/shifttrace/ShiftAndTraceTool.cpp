@@ -213,7 +213,7 @@ void ShiftAndTraceTool::draw(PickMode mode)
 {
     if (guarded() || !ST::shiftAndTraceEnabled())
         return;
-    ShiftAndTraceSelection::instance().validate(static_cast<int>(context()->currentFrame()));
+    ShiftAndTraceSelection::instance().validate(SC_Frames::toInt(context()->currentFrame()));
     d_->manipulator.draw(context(), mode != NormalMode);
 }
 
@@ -244,7 +244,7 @@ bool ShiftAndTraceTool::onMouseDown(GR_StylusPoint const &point)
     d_->dragStarted = false;
     bool const extend = ctx->extendModifier();
     bool const second = ctx->keepModifier();
-    int const frame = static_cast<int>(ctx->currentFrame());
+    int const frame = SC_Frames::toInt(ctx->currentFrame());
     d_->pickedModule = nullptr;
     d_->pickedFrame = 0;
 
@@ -281,7 +281,7 @@ bool ShiftAndTraceTool::onMouseDown(GR_StylusPoint const &point)
     d_->manipulator.onMouseDown(ctx, point);
     ctx->requestRedraw();
     if (PLUG_InteractiveViewManager *views = PLUG_Services::getInteractiveViewManager())
-        views->redrawViewsAtFrame(static_cast<int>(ctx->currentFrame()));
+        views->redrawViewsAtFrame(frame);
     return true;
 }
 

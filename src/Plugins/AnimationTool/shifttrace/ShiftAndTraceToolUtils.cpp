@@ -35,9 +35,3 @@ void ShiftAndTraceToolUtils::selectedShiftedElementModules(std::vector<MO_Elemen
                   modules.end());
 }
 
-SC_SceneCommon *ShiftAndTraceToolUtils::currentSceneCommon()
-{
-    SC_EditionStackInterface *stack = PLUG_Services::getEditionStackInterface();
-    TUScene *scene = stack ? stack->currentScene() : nullptr;
-    return scene ? scene->sceneCommon() : nullptr;
-}

@@ -21,7 +21,5 @@ bool elementIsSelected(MO_ElementModule const *module);
 void selectedElementModules(std::vector<MO_ElementModule *> &modules);
 // The same, keeping only the modules that hold a Shift and Trace attribute.
 void selectedShiftedElementModules(std::vector<MO_ElementModule *> &modules);
-// The scene the plug-in works on, or null at any missing link.
-SC_SceneCommon *currentSceneCommon();
 
 } // namespace ShiftAndTraceToolUtils
