@@ -118,6 +118,7 @@ bool sameValue(QString const &actual, QString const &expected);
 AH_BatchCommand::Check frameAt(int index);          // the word at `index` is a frame number within SC_Frames
 AH_BatchCommand::Check wholeFramesFrom(int index);  // every word from `index` on is a whole frame number within SC_Frames
 AH_BatchCommand::Check sizeAt(int index);           // two words from `index`: a size from 1 to 10000
+AH_BatchCommand::Check countAt(int index, QString const &things);  // a whole number of `things`, 0 or more
 bool checkPoint(QStringList const &args, QString &why);  // [scene] X Y [modifiers]
 AH_BatchCommand::Check oneOf(int index, QStringList const &words);  // the word at `index` is one of `words`
 bool oneKey(QStringList const &args, QString &why);       // the first word is one key ("Left", "Alt+K")

@@ -123,12 +123,7 @@ void AH_AddShiftAndTraceCommands(AH_BatchCommandList &table)
                      }});
     table.push_back({QStringLiteral("set-shift"), 9, 9, kShiftForm, sevenNumbers, setShift});
     table.push_back({QStringLiteral("expect-shift"), 9, 9, kShiftForm, sevenNumbers, expectShift});
-    table.push_back({QStringLiteral("expect-crosshairs"), 1, 1, QStringLiteral("N"),
-                     [](QStringList const &a, QString &why) {
-                         why = QStringLiteral("a whole number of cross-hairs");
-                         bool ok = false;
-                         return a[0].toInt(&ok) >= 0 && ok;
-                     },
+    table.push_back({QStringLiteral("expect-crosshairs"), 1, 1, QStringLiteral("N"), countAt(0, QStringLiteral("cross-hairs")),
                      [](AH_BatchContext &, QStringList const &a, QString &why) {
                          auto const count = AT_ShiftAndTraceUtil::crossHairList().size();
                          if (count == std::size_t(a[0].toInt()))

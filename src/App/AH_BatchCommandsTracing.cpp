@@ -26,13 +26,6 @@ bool checkOnionFrames(QStringList const &a, QString &why)
     return true;
 }
 
-bool checkCount(QStringList const &a, QString &why)
-{
-    bool ok = false;
-    why = QStringLiteral("a whole number of drawings, 0 or more");
-    return a[1].toInt(&ok) >= 0 && ok;
-}
-
 bool expectDrawings(AH_BatchContext &c, QStringList const &a, QString &why)
 {
     MO_ElementModule *element = c.elementNamed(a[0], why);
@@ -83,6 +76,6 @@ void AH_AddTracingCommands(AH_BatchCommandList &table)
                      }});
     table.push_back({QStringLiteral("new-drawing"), 0, 0, QString(), nullptr,
                      [](AH_BatchContext &c, QStringList const &, QString &why) { return c.workspace().newDrawing(&why); }});
-    table.push_back({QStringLiteral("expect-drawings"), 2, 2, QStringLiteral("NODE N"), checkCount, expectDrawings});
+    table.push_back({QStringLiteral("expect-drawings"), 2, 2, QStringLiteral("NODE N"), countAt(1, QStringLiteral("drawings")), expectDrawings});
     table.push_back({QStringLiteral("expect-exposure"), 3, 3, QStringLiteral("NODE FRAME NAME|-"), frameAt(1), expectExposure});
 }

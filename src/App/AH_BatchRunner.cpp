@@ -168,6 +168,15 @@ AH_BatchCommand::Check AH_BatchWords::sizeAt(int index)
     };
 }
 
+AH_BatchCommand::Check AH_BatchWords::countAt(int index, QString const &things)
+{
+    return [index, things](QStringList const &a, QString &why) {
+        why = QStringLiteral("a whole number of %1, 0 or more").arg(things);
+        bool ok = false;
+        return a[index].toInt(&ok) >= 0 && ok;
+    };
+}
+
 bool AH_BatchWords::checkPoint(QStringList const &a, QString &why)
 {
     int const first = !a.isEmpty() && a[0] == QLatin1String("scene") ? 1 : 0;

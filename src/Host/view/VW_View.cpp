@@ -259,7 +259,7 @@ struct VW_View::Impl {
         for (MO_ElementModule *element : elements) {
             OC_DrawingPtr const drawing = element->oglDrawing(f);
             if (drawing.isDrawing())
-                drawn.push_back({element, element->drawings().at(drawing->celKey().drawing()), SC_Frames::toInt(f),
+                drawn.push_back({element, drawing.shared(), SC_Frames::toInt(f),
                                  VW_View::elementModelMatrix(*element, f, kind), VW_DrawingLook()});
         }
         return drawn;

@@ -93,6 +93,7 @@ public:
     explicit OC_DrawingPtr(UT_SharedPtr<OC_Drawing const> drawing) : drawing_(std::move(drawing)) {}
 
     OC_Drawing const *drawing() const { return drawing_.get(); }  // null when nothing is exposed
+    UT_SharedPtr<OC_Drawing const> const &shared() const { return drawing_; }  // the same, shared
     bool isDrawing() const { return drawing_ != nullptr; }
     OC_Drawing const *operator->() const { return drawing_.get(); }
 
